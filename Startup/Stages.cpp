@@ -1,0 +1,97 @@
+#include "Startup/FirstException.h"
+#include "Startup/VQMMainStartupImplementation.h"
+#include "platform/VQMUtility.h"
+
+#include <iterator>
+
+namespace Orvia {
+
+namespace {
+
+/// A stage: its text, and the operation that announces it.
+struct Stage
+{
+    const char *text;
+    void (VQMDllModuleInterface::*whole)();
+    void (VQMDllModuleInterface::*ofParts)(int parts);
+};
+
+using Module = VQMDllModuleInterface;
+
+constexpr Stage stages[] = {
+    {"invalid", nullptr, nullptr},
+    {"modules finished", &Module::modulesFinished, nullptr},
+    {"loadables finished", nullptr, &Module::loadablesFinished},
+    {"plugins finished", nullptr, &Module::pluginsFinished},
+    {"plugin loadables finished", nullptr, &Module::pluginLoadablesFinished},
+    {"complete finished", &Module::completeFinished, nullptr},
+    {"terminate modules", &Module::terminateModules, nullptr},
+    {"terminate loadables", &Module::terminateLoadables, nullptr},
+    {"terminate plugins", &Module::terminatePlugins, nullptr},
+    {"terminate plugin loadables", &Module::terminatePluginLoadables, nullptr},
+};
+
+const Stage &rowOf(ESuStage stage)
+{
+    const bool known = stage >= 0 && stage < static_cast<int>(std::size(stages));
+    return stages[known ? stage : SuInvalid];
+}
+
+QString describe(const Stage &stage, int parts)
+{
+    QString text = QLatin1String("Stage: ") + QLatin1String(stage.text);
+    if (parts < 0 || stage.ofParts == nullptr)
+        return text;
+    text += "    Parts: ";
+    if ((parts & VQMDatabasePart) != 0)
+        text += "Database ";
+    if ((parts & VQMScpiPart) != 0)
+        text += "Scpi ";
+    if ((parts & VQMGuiPart) != 0)
+        text += "Gui ";
+    return text;
+}
+
+void announce(Module *module, const Stage &stage, int parts)
+{
+    if (stage.ofParts != nullptr)
+        (module->*stage.ofParts)(parts);
+    else if (stage.whole != nullptr)
+        (module->*stage.whole)();
+}
+
+void (*swpStartupCallback)(ESwpStartupStep, VQMMainThread *) = nullptr;
+
+} // namespace
+
+void VQMMainStartupImplementation::stageInfo(ESuStage stage, int parts)
+{
+    const Stage &row = rowOf(stage);
+    suDebugMsgOut(0, describe(row, parts), 3, 0);
+    FirstException failure;
+    ModuleIterator walk(moduleTable);
+    for (VQMLoadedModuleInformation *record = walk.toFirst(); record != nullptr; record = walk.next()) {
+        if (record->moduleInterface == nullptr)
+            continue;
+        const bool first = failure.empty();
+        if (!failure.run([&] { announce(record->moduleObject(), row, parts); }) && first && platform)
+            noteThrowingModule(record);
+    }
+    if (anchorInterface->stageListener != nullptr)
+        failure.run([&] { announce(anchorInterface->stageListener, row, parts); });
+    if (stage == SuCompleteFinished)
+        VQMUtility::setStartupComplete(parts);
+    failure.rethrow();
+}
+
+int VQMMainStartupImplementation::initializeSwpRemote(ESwpStartupStep step,
+                                                      void (*callback)(ESwpStartupStep, VQMMainThread *))
+{
+    if (step == SwpRegisterCallback)
+        swpStartupCallback = callback;
+    else if (swpStartupCallback != nullptr)
+        swpStartupCallback(step, nullptr);
+    return 0;
+}
+
+} // namespace Orvia
