@@ -1,0 +1,63 @@
+#pragma once
+
+#include "platform/ErrorManager.h"
+#include "platform/HwAbstractionLayer.h"
+#include "platform/VQMUtility.h"
+
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <string>
+#include <vector>
+
+/// What the core and the test modules called, in the order in which it happened, each call as one text:
+///
+///     debug     "text" of a line of level 3 and code 0, "[level code] text" of any other
+///     trace     "text"
+///     box       "caption | text | modal severity buttons reserved reserved"
+///     alert     "caption | text" (the error-manager hook)
+///     progress  "new <id> <title>", "<id>: <percent>", "removed <id>"
+///     property  "<section>/<key> = <value>"
+///     error     "<code> <text>" signalled, "destroy <id>", "destroy all"
+///     option    "find <name>", "has <id>" (the hardware repository)
+///     complete  "<parts>" of start-up complete
+///     module    "<file> <operation> <arguments>"
+struct FakeCalls
+{
+    struct Call
+    {
+        std::string service;
+        std::string text;
+    };
+    std::vector<Call> all;
+    /// Told of each call once it is recorded; what it throws leaves the service called.
+    std::function<void(const Call &)> onCall;
+
+    void add(const std::string &service, const std::string &text);
+    /// The texts of the services named, in order.
+    std::vector<std::string> of(std::initializer_list<const char *> services) const;
+    std::vector<std::string> of(const char *service) const { return of({service}); }
+    void clear() { all.clear(); }
+};
+
+/// What the services answer.
+struct FakeAnswers
+{
+    int debugLevel = 3; ///< lines up to this level are wanted
+    bool progressHandlerInstalled = true;
+    QString progressBarProperty = "1";
+    int requiredMemoryMb = 0;
+    int availableMemoryMb = 1000;
+    bool guiEnabled = true;
+    bool hookInstalled = true;
+    std::map<std::string, int> knownOptions; ///< identifiers by name
+    std::vector<int> installedOptions;       ///< identifiers
+};
+
+extern FakeCalls &calls; // never destroyed: libraries may log until the process ends
+extern FakeAnswers answers;
+/// Tables by registration id, every registration since the process began.
+extern std::vector<std::pair<int, const Orvia::CErrorManager::SErrorDefinition *>> registeredErrors;
+
+/// Forgets the calls, sets the answers back. What is registered once per process stays.
+void resetFakes();

@@ -1,0 +1,134 @@
+/// One source of many module libraries: what each says of itself and how it misbehaves comes from the compile
+/// definitions in CMakeLists.txt.
+
+#include "registry/VQMModuleContract.h"
+#include "tests/modules/ModuleLog.h"
+
+#include <stdexcept>
+
+extern "C" void symbolThatNoLibraryDefines();
+
+namespace {
+
+enum class Behaviour
+{
+    Normal,
+    NullInfo,
+    NullObject,
+    NullName,
+    NullVersion,
+    Status5,
+    FailsOnce,
+    ThrowsInInfo,
+    ThrowsInCreate,
+    ThrowsInName,
+    ThrowsInInitialize,
+    ThrowsInTerminate,
+    ThrowsInStage, ///< in the one that says that the base modules are up
+    UnresolvedSymbol,
+};
+
+constexpr Behaviour behaviour = Behaviour::MODULE_BEHAVIOUR;
+
+template <Behaviour when>
+void throwIf()
+{
+    if constexpr (behaviour == when)
+        throw std::runtime_error(moduleFile());
+}
+
+class TestModule : public Orvia::VQMPlugInDllModuleInterface
+{
+public:
+    explicit TestModule(int id) : m_id(id) {}
+    ~TestModule() override { moduleLog("deleted"); }
+
+    Orvia::VQMModuleVersion *getInterfaceVersion() override
+    {
+        moduleLog("getInterfaceVersion");
+        static Orvia::VQMModuleVersion version(1, 2, 345);
+        return behaviour == Behaviour::NullVersion ? nullptr : &version;
+    }
+    const char *getModuleName() override
+    {
+        moduleLog("getModuleName");
+        throwIf<Behaviour::ThrowsInName>();
+        return behaviour == Behaviour::NullName ? nullptr : MODULE_NAME;
+    }
+    int getModuleId() override
+    {
+        moduleLog("getModuleId");
+        return m_id;
+    }
+    int initialize(Orvia::VQMAnchorInterface *, int parts) override
+    {
+        moduleLog("initialize %d", parts);
+        throwIf<Behaviour::ThrowsInInitialize>();
+        if (behaviour == Behaviour::FailsOnce && !m_failed)
+            return m_failed = true, 5;
+        return behaviour == Behaviour::Status5 ? 5 : 0;
+    }
+    void terminate(Orvia::VQMAnchorInterface *) override
+    {
+        moduleLog("terminate");
+        throwIf<Behaviour::ThrowsInTerminate>();
+    }
+    void modulesFinished() override
+    {
+        moduleLog("modulesFinished");
+        throwIf<Behaviour::ThrowsInStage>();
+    }
+    void loadablesFinished(int parts) override { moduleLog("loadablesFinished %d", parts); }
+    void pluginsFinished(int parts) override { moduleLog("pluginsFinished %d", parts); }
+    void pluginLoadablesFinished(int parts) override { moduleLog("pluginLoadablesFinished %d", parts); }
+    void completeFinished() override { moduleLog("completeFinished"); }
+    void terminateModules() override { moduleLog("terminateModules"); }
+    void terminateLoadables() override { moduleLog("terminateLoadables"); }
+    void terminatePlugins() override { moduleLog("terminatePlugins"); }
+    void terminatePluginLoadables() override { moduleLog("terminatePluginLoadables"); }
+
+private:
+    const int m_id;
+    bool m_failed = false;
+};
+
+/// The number at the end of the file's name, for modules that tests copy under many names.
+int numberOfFile()
+{
+    const char *digits = moduleFile();
+    digits += strcspn(digits, "0123456789");
+    return atoi(digits);
+}
+
+__attribute__((destructor)) void logClosing()
+{
+    moduleLog("closed");
+}
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) const Orvia::VQMModuleInfo *VQMGetModuleInfo()
+{
+    moduleLog("info");
+    throwIf<Behaviour::ThrowsInInfo>();
+    static const Orvia::VQMModuleInfo info = {{},
+                                              3,
+                                              14,
+                                              159,
+                                              MODULE_NAME,
+                                              MODULE_ID >= 0 ? MODULE_ID : numberOfFile(),
+                                              MODULE_TYPE,
+                                              MODULE_PARTS,
+                                              MODULE_FAMILIES};
+    return behaviour == Behaviour::NullInfo ? nullptr : &info;
+}
+
+extern "C" __attribute__((visibility("default"))) Orvia::VQMModuleInterface *
+VQMCreateModuleInterfaceInstance(int id)
+{
+    moduleLog("create %d", id);
+    throwIf<Behaviour::ThrowsInCreate>();
+    if constexpr (behaviour == Behaviour::UnresolvedSymbol)
+        symbolThatNoLibraryDefines();
+    return behaviour == Behaviour::NullObject ? nullptr : new TestModule(id);
+}

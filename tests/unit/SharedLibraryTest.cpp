@@ -1,0 +1,180 @@
+#include "platform/LibraryReadAhead.h"
+#include "platform/VQMSharedLibrary.h"
+#include "tests/unit/StartupFixture.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <chrono>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <filesystem>
+#include <memory>
+#include <sys/uio.h>
+#include <unistd.h>
+
+namespace Orvia {
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class SharedLibraryTest : public StartupTest
+{
+};
+
+TEST_F(SharedLibraryTest, SaysWhyTheLoaderFailed)
+{
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"missing", "cannot open shared object file: No such file or directory"},
+        {"text", "file too short"},
+        {"unresolved", "undefined symbol: symbolThatNoLibraryDefines"}};
+    VQMSharedLibrary library;
+    EXPECT_STREQ(library.lastError(), "");
+    for (const auto &[file, reason] : cases) {
+        EXPECT_FALSE(library.open(path(file).c_str(), true, false)) << file;
+        EXPECT_FALSE(library.isOpen());
+        EXPECT_EQ(std::string(library.lastError()).find(path(file)), 0u) << library.lastError();
+        EXPECT_THAT(library.lastError(), HasSubstr(reason));
+    }
+    EXPECT_TRUE(library.open(path("unresolved").c_str(), false, false)); // bound when called
+    for (const char *none : {"", static_cast<const char *>(nullptr)}) {
+        EXPECT_FALSE(library.open(none, true, false));
+        EXPECT_STREQ(library.lastError(), "no file name given");
+    }
+    EXPECT_FALSE(isMapped("unresolved"));
+}
+
+TEST_F(SharedLibraryTest, FindsSymbolsWhileOpen)
+{
+    VQMSharedLibrary library;
+    EXPECT_EQ(library.getProcAddress("VQMGetModuleInfo"), nullptr);
+    ASSERT_TRUE(library.open(path("base3").c_str(), true, false));
+    EXPECT_NE(library.getProcAddress("VQMGetModuleInfo"), nullptr);
+    EXPECT_EQ(library.getProcAddress("noSuchSymbol"), nullptr);
+    EXPECT_THAT(library.lastError(), HasSubstr("undefined symbol: noSuchSymbol"));
+    EXPECT_EQ(::dlsym(RTLD_DEFAULT, "VQMGetModuleInfo"), nullptr); // for nobody else
+    library.close();
+    library.close();
+    EXPECT_EQ(library.getProcAddress("VQMGetModuleInfo"), nullptr);
+    EXPECT_FALSE(isMapped("base3"));
+    EXPECT_THAT(calls.of("trace"), IsEmpty());
+}
+
+TEST_F(SharedLibraryTest, ClosesOnReopeningAndDestructionAndSaysWhatStaysMapped)
+{
+    {
+        VQMSharedLibrary library;
+        EXPECT_TRUE(library.open(path("base3").c_str(), true, false));
+        EXPECT_TRUE(library.open(path("database").c_str(), true, false));
+        EXPECT_FALSE(isMapped("base3"));
+    }
+    EXPECT_FALSE(isMapped("database"));
+    EXPECT_THAT(calls.of("trace"), IsEmpty());
+    VQMSharedLibrary first;
+    VQMSharedLibrary second;
+    EXPECT_TRUE(first.open(path("base3").c_str(), true, false) &&
+                second.open(path("base3").c_str(), true, false));
+    first.close();
+    EXPECT_THAT(calls.of("trace"), testing::ElementsAre(path("base3") + ": closed, but stays mapped"));
+}
+
+TEST_F(SharedLibraryTest, TakesANameWithoutSlashInTheCurrentFolderOnly)
+{
+    VQMSharedLibrary library;
+    EXPECT_FALSE(library.open("libc.so.6", true, false)); // the loader would find it
+    ASSERT_TRUE(QDir::setCurrent(TEST_MODULE_DIR));
+    EXPECT_TRUE(library.open("base3.so", true, false));
+}
+
+class ReadAheadTest : public StartupTest
+{
+protected:
+    /// A file of 256 KiB that is not in the page cache; false when the file system cannot be made to forget.
+    bool makeUncached(const std::string &file)
+    {
+        const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600);
+        const std::string contents(1 << 18, 'x');
+        EXPECT_EQ(::write(descriptor, contents.data(), contents.size()),
+                  static_cast<ssize_t>(contents.size()));
+        ::fsync(descriptor);
+        ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_DONTNEED);
+        ::close(descriptor);
+        return !isCached(file);
+    }
+    static bool isCached(const std::string &file)
+    {
+        const int descriptor = ::open(file.c_str(), O_RDONLY);
+        char byte;
+        const iovec buffer = {&byte, 1};
+        const bool cached = ::preadv2(descriptor, &buffer, 1, 1 << 17, RWF_NOWAIT) == 1;
+        ::close(descriptor);
+        return cached;
+    }
+    template <typename Condition>
+    static bool holdsSoon(Condition condition)
+    {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (!condition()) {
+            if (std::chrono::steady_clock::now() > deadline)
+                return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return true;
+    }
+};
+
+TEST_F(ReadAheadTest, AnnouncesAllFilesWhenOneOfThreeIsNotCached)
+{
+    const std::string cold = folder.filePath("cold").toStdString();
+    const std::string warm = path("base3");
+    const std::vector<std::vector<std::string>> lists = {
+        {cold, warm, "/missing", warm}, {warm, "/missing", cold, warm, warm}, {warm, warm, "/missing", cold}};
+    for (const std::vector<std::string> &files : lists) {
+        if (!makeUncached(cold))
+            GTEST_SKIP() << "the file system keeps what it has cached";
+        const LibraryReadAhead readAhead(files);
+        EXPECT_TRUE(holdsSoon([&] { return readAhead.announced() == static_cast<int>(files.size()) - 1; }));
+        EXPECT_TRUE(holdsSoon([&] { return isCached(cold); }));
+    }
+}
+
+TEST_F(ReadAheadTest, DoesNothingWithCachedMissingOrNoFiles)
+{
+    const std::string warm = path("base3");
+    const auto threads = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/task"),
+                             std::filesystem::directory_iterator());
+    };
+    const auto before = threads();
+    for (const std::vector<std::string> &files :
+         {std::vector<std::string>(9, warm), {}, {"/missing", "/missing"}, {warm, "/", "/dev/null"}}) {
+        const LibraryReadAhead readAhead(files);
+        EXPECT_EQ(threads(), before);
+        EXPECT_EQ(readAhead.announced(), 0);
+    }
+}
+
+TEST_F(ReadAheadTest, StopsWhenDestroyed)
+{
+    using Clock = std::chrono::steady_clock;
+    ASSERT_TRUE(QDir::setCurrent(folder.path()));
+    if (!makeUncached("cold"))
+        GTEST_SKIP() << "the file system keeps what it has cached";
+    const int count = 100'000;
+    Clock::time_point begin = Clock::now();
+    {
+        const LibraryReadAhead wholeList(std::vector<std::string>(count, "cold"));
+        EXPECT_TRUE(holdsSoon([&] { return wholeList.announced() == count; }));
+    }
+    const Clock::duration wholeTime = Clock::now() - begin;
+    ASSERT_TRUE(makeUncached("cold"));
+    auto longer = std::make_unique<LibraryReadAhead>(std::vector<std::string>(10 * count, "cold"));
+    begin = Clock::now();
+    longer.reset();
+    EXPECT_LT(Clock::now() - begin, 3 * wholeTime);
+}
+
+} // namespace
+} // namespace Orvia
