@@ -1,5 +1,6 @@
 #include "tests/unit/StartupFixture.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace Orvia {
@@ -8,8 +9,6 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
 class BaseModulesTest : public StartupTest
 {

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <array>
 #include <map>
 #include <memory>
 #include <vector>
@@ -11,7 +13,6 @@ namespace {
 
 using testing::Each;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// Counts the living, so that a table that forgets or destroys too much is seen.
 struct Value
@@ -196,11 +197,14 @@ TEST_F(CPtrSearchTblTest, IteratorsOutliveTheirTable)
     auto table = std::make_unique<Table>(true, true);
     fill(*table, 3);
     Iterator first(table.get());
-    auto gone = std::make_unique<Iterator>(table.get());
+    alignas(Iterator) std::array<unsigned char, sizeof(Iterator)> storage;
+    auto *gone = new (storage.data()) Iterator(table.get());
     Iterator second(table.get());
-    gone.reset(); // must have left the table's list before that is walked
+    gone->~Iterator();
+    storage.fill(0x5a);
     second.toLast();
     table.reset();
+    EXPECT_THAT(storage, Each(0x5a)); // the table did not reach for the one that was gone
     for (Iterator *detached : {&first, &second}) {
         EXPECT_EQ(detached->table, nullptr);
         EXPECT_EQ(detached->current(), nullptr);

@@ -12,7 +12,6 @@ namespace {
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
-using testing::Not;
 
 using Texts = std::vector<std::string>;
 

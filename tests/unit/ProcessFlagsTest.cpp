@@ -62,7 +62,7 @@ TEST_F(ProcessFlagsTest, ASecondLauncherOfTheSameNameIsFound)
         {one + one, false, "Main.xml"},
         {one + one, true, ""},
         // Lines are looked at in pieces of 149 characters: what stands behind is a line of its own.
-        {one + "12 pts/0 ./mainstartup " + std::string(126, 'x') + " main.xml", false},
+        {one + "12 pts/0 ./mainstartup " + std::string(118, 'x') + " main.xml", false},
         {one + "12 pts/0 ./mainstartup " + std::string(117, 'x') + " main.xml", true},
         {one + std::string(149, 'x') + "12 pts/0 ./mainstartup main.xml", true},
     };

@@ -16,7 +16,6 @@
 namespace Orvia {
 namespace {
 
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
