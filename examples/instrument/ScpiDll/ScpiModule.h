@@ -1,0 +1,31 @@
+#pragma once
+
+#include "examples/instrument/ModuleBase.h"
+#include "examples/instrument/ScpiDll/ScpiServer.h"
+
+#include <memory>
+#include <optional>
+
+namespace Orvia {
+
+/// The ScpiDll module: remote control over TCP. Address and port are the properties "Scpi"/"address" and
+/// "Scpi"/"port"; 0 picks a free port, the log tells which.
+///
+/// initialize() and terminate() run on one thread, whose event loop serves the clients in between.
+class ScpiModule final : public ModuleBase<>
+{
+public:
+    explicit ScpiModule(int id);
+    ~ScpiModule() override;
+
+    int initialize(VQMAnchorInterface *anchor, int parts) override;
+    void terminate(VQMAnchorInterface *anchor) override;
+
+private:
+    int listen();
+
+    std::optional<ScpiInstrument> m_instrument;
+    std::unique_ptr<ScpiServer> m_server;
+};
+
+} // namespace Orvia

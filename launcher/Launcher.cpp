@@ -1,0 +1,160 @@
+#include "launcher/Launcher.h"
+
+#include "launcher/GuiThreadQueue.h"
+#include "launcher/LauncherApplication.h"
+#include "launcher/MessageBoxes.h"
+#include "launcher/ProgressDisplay.h"
+#include "launcher/Report.h"
+#include "launcher/SignalWatcher.h"
+#include "launcher/StartupSequence.h"
+#include "platform/HwAbstractionLayer.h"
+#include "platform/VQMProperties.h"
+#include "platform/VQMUtility.h"
+
+#include <QFileInfo>
+
+#include <optional>
+
+namespace Orvia {
+
+namespace {
+
+/// Takes the alerts for which there is no GUI.
+class AlertReporter : public VQMErrorManagerHook
+{
+public:
+    AlertReporter() { VQMUtility::setErrorManagerHook(this); }
+    ~AlertReporter() override { VQMUtility::setErrorManagerHook(nullptr); }
+    void alert(const QString &caption, const QString &text) override
+    {
+        report(caption + ": " + text.simplified());
+    }
+};
+
+/// The properties file that goes with a configuration; empty when there is none.
+QString propertiesBeside(const QString &configuration)
+{
+    const QFileInfo file(configuration);
+    const QString name = file.path() + '/' + file.completeBaseName() + ".ini";
+    return QFileInfo::exists(name) ? name : QString();
+}
+
+} // namespace
+
+Launcher::Launcher(const CommandLine &commandLine, int argc, char **argv)
+    : m_commandLine(commandLine), m_argc(argc), m_argv(argv)
+{
+}
+
+int Launcher::run()
+{
+    if (loadProperties() && chooseFamily() && claimConfiguration() && startTrace()) {
+        runInstrument();
+        VQMUtility::stopTrace();
+        report(QString("shut down in order, exit code %1").arg(m_status.code()));
+    }
+    return m_status.code();
+}
+
+bool Launcher::loadProperties()
+{
+    QString file = m_commandLine.properties;
+    if (file.isEmpty())
+        file = propertiesBeside(QString::fromLocal8Bit(m_commandLine.loadList));
+    QString error;
+    if (!file.isEmpty() && !VQMProperties::load(file, &error)) {
+        report("properties: " + error);
+        m_status.note(ExitCode::Configuration);
+        return false;
+    }
+    if (m_commandLine.headless)
+        VQMProperties::setStringProperty("StartupProcess", "Gui", "0", 0);
+    return true;
+}
+
+bool Launcher::chooseFamily()
+{
+    const QString property = VQMProperties::getStringProperty("Instrument", "Family", QString(), 0, nullptr);
+    if (m_commandLine.family) {
+        m_family = *m_commandLine.family;
+        return true;
+    }
+    if (property.isEmpty()) {
+        report(
+            "the instrument family is not known: give --family BITS or set the property Instrument/Family");
+        m_status.note(ExitCode::Usage);
+        return false;
+    }
+    const std::optional<HwESigGenFamily> family = parseFamily(property);
+    if (!family) {
+        report("property Instrument/Family: " + property + ": not a bit set (decimal or 0x..., not 0)");
+        m_status.note(ExitCode::Configuration);
+        return false;
+    }
+    m_family = *family;
+    return true;
+}
+
+bool Launcher::claimConfiguration()
+{
+    if (m_instance.claim(m_commandLine.loadList))
+        return true;
+    m_status.note(ExitCode::AnotherInstance);
+    return false;
+}
+
+bool Launcher::startTrace()
+{
+    QString error;
+    if (m_commandLine.trace.isEmpty() || VQMUtility::startTrace(m_commandLine.trace, &error))
+        return true;
+    report("--trace: " + error);
+    m_status.note(ExitCode::Usage);
+    return false;
+}
+
+void Launcher::runInstrument()
+{
+    const bool hasGui = VQMUtility::isGuiEnabled();
+    HwAbstractionLayer::createHostRepository();
+    LauncherApplication::choosePlatform(m_commandLine.offscreen || !hasGui);
+    int qtArgc = 1; // none of ours are Qt's
+    char *qtArgv[] = {m_argv[0], nullptr};
+    LauncherApplication application(qtArgc, qtArgv);
+
+    const AlertReporter alertReporter;
+    GuiThreadQueue queue;
+    std::optional<MessageBoxes> messageBoxes;
+    if (hasGui && LauncherApplication::isOnDisplay()) // a box that nobody sees is not waited for
+        messageBoxes.emplace(&queue);
+    std::optional<ProgressDisplay> display;
+
+    StartupSequence sequence({.argc = m_argc,
+                              .argv = m_argv,
+                              .family = m_family,
+                              .until = m_commandLine.until,
+                              .alertsOnGui = hasGui,
+                              .startupOver = [&display] { display->startupOver(); },
+                              .shuttingDown =
+                                  [&display, &messageBoxes] {
+                                      display->shuttingDown();
+                                      if (messageBoxes)
+                                          messageBoxes->release();
+                                  }},
+                             &queue, &m_status);
+    display.emplace(hasGui, &queue, [&sequence] { sequence.requestShutdown(); });
+    application.setExceptionHandler([&sequence] { sequence.eventThrew(); });
+    const SignalWatcher signals([&sequence] { sequence.requestShutdown(); });
+    sequence.run();
+}
+
+} // namespace Orvia
+
+extern "C" int vqmLauncherMain(int argc, char **argv)
+{
+    Orvia::ExitCode exitCode = Orvia::ExitCode::AllWell;
+    const std::optional<Orvia::CommandLine> commandLine = Orvia::parseCommandLine(argc, argv, &exitCode);
+    if (!commandLine)
+        return static_cast<int>(exitCode);
+    return Orvia::Launcher(*commandLine, argc, argv).run();
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "launcher/CommandLine.h"
+#include "launcher/ExitCodes.h"
+#include "launcher/SingleInstance.h"
+#include "platform/Export.h"
+
+namespace Orvia {
+
+/// One run of the launcher: its preparations, then the instrument until it is shut down.
+class Launcher
+{
+public:
+    /// The arguments outlive the launcher.
+    Launcher(const CommandLine &commandLine, int argc, char **argv);
+
+    /// Returns the exit code.
+    int run();
+
+private:
+    // Each reports and notes what is wrong; false when the run ends there.
+    bool loadProperties();
+    bool chooseFamily();
+    bool claimConfiguration();
+    bool startTrace();
+
+    void runInstrument();
+
+    const CommandLine m_commandLine;
+    const int m_argc;
+    char **const m_argv;
+    HwESigGenFamily m_family = 0;
+    SingleInstance m_instance;
+    ExitStatus m_status;
+};
+
+} // namespace Orvia
+
+/// The entry of the launcher library; returns the exit code.
+extern "C" VQM_EXPORT int vqmLauncherMain(int argc, char **argv);

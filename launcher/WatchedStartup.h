@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Startup/VQMIntegrationStartup.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace Orvia {
+
+class ExitStatus;
+
+/// The startup object with an eye on what its operations come to: the stages announced, and the passes that
+/// end with a status. `status` is not owned.
+class WatchedStartup : public VQMIntegrationStartup
+{
+public:
+    WatchedStartup(int id, ExitStatus *status);
+
+    using VQMIntegrationStartup::initializeModules;
+    int initializeModules(const QStringList &names, bool exclude) override;
+    int initializePlugIns(int parts) override;
+    void stageInfo(ESuStage stage, int parts) override;
+
+    /// Any thread.
+    bool hasAnnounced(ESuStage stage) const;
+
+private:
+    int noteStatus(const char *pass, int status);
+
+    ExitStatus *m_status;
+    std::atomic<std::uint32_t> m_announced = 0; ///< a bit a stage
+};
+
+} // namespace Orvia

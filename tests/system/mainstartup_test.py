@@ -1,0 +1,289 @@
+#!/usr/bin/env python3
+"""mainstartup as a process: order of start-up and shutdown, failures, exit codes, signals, instances."""
+import hashlib
+import os
+import pathlib
+import signal
+import unittest
+
+from launcher_case import LauncherCase, MODULES
+
+MODES = ("--offscreen", "--headless")
+UNTIL_MODULES = ("--until", "modules finished")
+IN_ORDER = "mainstartup: shut down in order, exit code "
+
+
+def found(name, module_id):
+    return [f"Module Name             : {name}", f"Module Id               : {module_id}",
+            "Module Version          : 03.14.159", "Module Interface Version: 01.02.345"]
+
+
+def initialized(*names):
+    return [line for name in names for line in (f"Initializing {name}...", "...ok.")]
+
+
+def terminated(*names, what="Terminate {}..."):
+    return [line for name in names for line in (what.format(name), "...ok")]
+
+
+class StartAndShutdown(LauncherCase):
+    FILES = ["plugin", "gui", "database", "family4", "absent", "type2", "scpi", "base3"]
+    DISCOVERY = (found("plugin", 10000) + found("GuiDll", 7) + found("Database", 4)
+                 + ["family4.so module will be unloaded because it isn't necessary for this device!",
+                    f"Could not load module\\n{MODULES}/absent.so",
+                    "type2.so module will be unloaded because of wrong module type"]
+                 + found("ScpiDll", 6) + found("base3", 3))
+    FIRST_PASS = ["initializeModules"] + initialized("base3", "Database", "ScpiDll")
+    PLUGINS_DOWN = (["Stage: terminate plugin loadables"] + terminated("plugin", what="Terminate Plugin: {}")
+                    + ["Stage: terminate loadables"])
+    MODULES_DOWN = terminated("GuiDll", "ScpiDll", "Database", "base3")
+
+    def on_gui_thread(self, flag, lines):
+        return [(flag, line) for line in lines]
+
+    def test_trace_with_gui(self):
+        process, trace = self.run_traced(0, "-l", self.configure(*self.FILES), "--offscreen", *UNTIL_MODULES)
+        gui_stage = ["initializeModules"] + initialized("GuiDll") + ["Stage: modules finished"]
+        self.assertEqual(trace, self.on_gui_thread(False, self.DISCOVERY + self.FIRST_PASS)
+                         + self.on_gui_thread(True, gui_stage)
+                         + self.on_gui_thread(False, self.PLUGINS_DOWN + ["Stage: terminate modules"]
+                                              + self.MODULES_DOWN))
+        self.assertTrue(process.errors.endswith(IN_ORDER + "0\n"), process.errors)
+
+    def test_trace_headless(self):
+        """The Gui module stays down, and the alert of the absent file waits for nobody."""
+        process, trace = self.run_traced(6, "-l", self.configure(*self.FILES), "--headless", *UNTIL_MODULES)
+        self.assertEqual(trace, self.on_gui_thread(False, self.DISCOVERY + self.FIRST_PASS + self.PLUGINS_DOWN
+                                                   + self.MODULES_DOWN))
+        self.assertIn(f"mainstartup: Error: Loading Module DLL's: Could not load module {MODULES}/absent.so\n",
+                      process.errors)
+
+    def test_modules_go_before_their_libraries(self):
+        self.run_to_end(0, "-l", self.configure("gui", "scpi", "base3"), "--offscreen", *UNTIL_MODULES)
+        self.assertEqual(self.module_log("initialize", "terminate", "deleted", "closed"), [
+            "base3 initialize -1", "scpi initialize -1", "gui initialize -1",
+            "gui terminate", "gui deleted", "scpi terminate", "scpi deleted", "base3 terminate", "base3 deleted",
+            "gui closed", "scpi closed", "base3 closed"])
+
+    def test_progress_in_a_log(self):
+        """A line for every ten percent at most."""
+        configuration = self.configure(*["base3"] * 40, StartupProcess={"ProgressBar": 1})
+        process = self.run_to_end(0, "-l", configuration, "--headless", *UNTIL_MODULES)
+        for title in ("Load Base System + Plugins", "Initialize Base System"):
+            tens = [int(line.split()[-2]) // 10 for line in process.errors.splitlines() if title in line]
+            self.assertEqual(tens, list(range(11)))
+
+
+class Until(LauncherCase):
+    def test_reached_on_either_thread(self):
+        for file, mode in (("base3", "--headless"), ("base3", "--offscreen"), ("gui", "--offscreen")):
+            with self.subTest(file=file, mode=mode):
+                process = self.run_to_end(0, "-l", self.configure(file), mode, *UNTIL_MODULES)
+                self.assertNotIn("start-up is over", process.errors)
+
+    def test_not_reached(self):
+        process = self.run_to_end(6, "-l", self.configure("gui"), "--headless", *UNTIL_MODULES)
+        self.assertIn("start-up ended without the stage given with --until", process.errors)
+        self.assertIn(IN_ORDER + "6", process.errors)
+
+
+class FailingModules(LauncherCase):
+    def check(self, code, said, files, terminations, mode="--offscreen", **environment):
+        process = self.run_to_end(code, "-l", self.configure(*files), mode, *UNTIL_MODULES, **environment)
+        self.assertIn(f"mainstartup: {said}\n", process.errors)
+        self.assertIn(IN_ORDER + str(code), process.errors)
+        if terminations is not None:
+            self.assertEqual(self.module_log("terminate"), [f"{name} terminate" for name in terminations])
+        return process
+
+    def test_throws_in_first_pass(self):
+        self.check(5, "module Name_of_25_characte threw: throws_in_initialize",
+                   ["base3", "database", "throws_in_initialize", "scpi"], ["database", "base3"])
+
+    def test_throws_in_gui_pass(self):
+        self.check(5, "module GuiDll threw: gui_throws", ["database", "gui_throws", "scpi"], ["scpi", "database"])
+
+    def test_throws_when_told_of_a_stage(self):
+        for mode in MODES:
+            self.check(5, "module throws_in_stage threw: throws_in_stage", ["base3", "throws_in_stage"], None, mode)
+
+    def test_throws_in_termination(self):
+        self.check(5, "module throws_in_terminate threw: throws_in_terminate",
+                   ["base3", "throws_in_terminate", "gui"], ["gui", "throws_in_terminate", "base3"])
+
+    def test_throws_out_of_an_event(self):
+        for probe, text in (("throw later", "too late"),
+                            ("throw later on the GUI thread", "an exception of unknown type")):
+            process = self.start("-l", self.configure("gui", "probe"), "--offscreen", VQM_TEST_PROBE=probe)
+            self.assertEqual(process.finish(), 5)
+            self.assertIn(f"mainstartup: an event handler threw: {text}\n", process.errors)
+            self.assertIn(IN_ORDER + "5", process.errors)
+
+    def test_status_of_the_last_module(self):
+        """A module that reports a failure does not keep the others from running."""
+        self.check(5, "initialization of the base modules ended with status 5",
+                   ["base3", "status5", "gui"], ["gui", "status5", "base3"])
+
+
+class CommandLine(LauncherCase):
+    def test_usage_errors(self):
+        configuration = self.configure("base3")
+        for said, arguments in (("-l FILE is required", []),
+                                ("Missing value after '-l'", ["-l"]),
+                                ("Unknown option 'bogus'", ["-l", configuration, "--bogus"]),
+                                ("unexpected argument 'x'", ["-l", configuration, "x"]),
+                                ("--family 0x", ["-l", configuration, "--family", "0x"]),
+                                ("\"plugin loadables finished\"", ["-l", configuration, "--until", "modules"]),
+                                ("--trace: ", ["-l", configuration, "--headless", "--trace", str(self.folder)])):
+            with self.subTest(arguments):
+                process = self.run_to_end(2, *arguments)
+                self.assertIn(said, process.errors)
+
+    def test_family_from_neither_side(self):
+        configuration = self.configure("base3", Instrument={})
+        process = self.run_to_end(2, "-l", configuration, "--headless")
+        self.assertIn("--family BITS or set the property Instrument/Family", process.errors)
+        self.run_to_end(0, "-l", configuration, "--headless", "--family", "2", *UNTIL_MODULES)
+
+    def test_family_option_outweighs_property(self):
+        self.run_to_end(0, "-l", self.configure("family4"), "--headless", "--family", "0x4", *UNTIL_MODULES)
+        self.assertEqual(self.module_log("terminate"), ["family4 terminate"])
+
+    def test_load_list_is_read_as_the_startup_object_reads_it(self):
+        """The last option whose second character is l or L counts."""
+        arguments = ["-l", "--no such file", "--headless", "-Load", self.configure("base3"), *UNTIL_MODULES]
+        self.run_to_end(0, *arguments)
+
+    def test_help_and_version_need_nothing(self):
+        process = self.run_to_end(0, "--help", QT_QPA_PLATFORM="none")
+        for text in ("-l <file>", "--until <stage>", "  6  start-up was over"):
+            self.assertIn(text, process.output)
+        process = self.run_to_end(0, "--version", QT_QPA_PLATFORM="none")
+        self.assertRegex(process.output, r"^mainstartup 0\.01 beta1, built \w{3} [ \d]\d \d{4} \d\d:\d\d:\d\d\n$")
+
+
+class Configuration(LauncherCase):
+    def test_nothing_to_load(self):
+        malformed = self.folder / "malformed.xml"
+        malformed.write_text("<Root><File")
+        for path in (self.folder / "absent.xml", self.folder, malformed, self.configure()):
+            with self.subTest(path):
+                process = self.run_to_end(3, "-l", str(path), "--headless", "--family", "2")
+                self.assertIn("no modules found, status 10001", process.errors)
+
+    def test_properties(self):
+        configuration = self.configure("base3")
+        absent = str(self.folder / "absent.ini")
+        process = self.run_to_end(3, "-l", configuration, "--headless", "--properties", absent)
+        self.assertIn("absent.ini", process.errors)
+        pathlib.Path(absent).write_text("[Instrument]\nFamily=all\n")
+        process = self.run_to_end(3, "-l", configuration, "--headless", "--properties", absent)
+        self.assertIn("Instrument/Family: all", process.errors)
+
+    def test_no_display(self):
+        process = self.run_to_end(0, "-l", self.configure("base3"), *UNTIL_MODULES)
+        self.assertIn("no display, running offscreen", process.errors)
+        process = self.run_to_end(0, "-l", self.configure("base3"), *UNTIL_MODULES, DISPLAY=":987")
+        self.assertIn("the display cannot be reached, running offscreen", process.errors)
+
+
+class Memory(LauncherCase):
+    def test_short(self):
+        """exit() runs on a thread beside the GUI thread, hence often."""
+        configuration = self.configure("base3", "gui", memory=999999999)
+        for _ in range(10):
+            for mode in MODES:
+                process, trace = self.run_traced(1, "-l", configuration, mode)
+                self.assertIn("Not enough memory to start application!", process.errors)
+                self.assertEqual(trace[-1][1].split(r"\n")[:2], ["Could not find", "  ScpiDll"])
+        self.assertEqual(self.module_log("initialize", "closed"), [])
+
+
+class Instances(LauncherCase):
+    def test_second_one_is_refused_until_the_first_is_gone(self):
+        configuration = self.configure("base3")
+        first = self.start("-l", configuration, "--headless")
+        first.wait_for("start-up is over")
+        other_name = self.folder / "link.xml"
+        other_name.symlink_to(configuration)
+        for path in (configuration, str(other_name)):
+            process = self.run_to_end(4, "-l", path, "--headless", "--family", "2")
+            self.assertIn(f"in use by process {first.pid} (mainstartup)", process.errors)
+        first.send(signal.SIGKILL)
+        first.finish()
+        self.run_to_end(0, "-l", configuration, "--headless", *UNTIL_MODULES)
+
+    def test_lock_of_a_process_whose_number_is_in_use_again(self):
+        running = self.start("-l", self.configure("base3"), "--headless")
+        running.wait_for("start-up is over")
+        configuration = self.configure("base3", name="other")
+        name = hashlib.sha256(os.path.realpath(configuration).encode()).hexdigest()[:16]
+        (lock,) = self.folder.glob("mainstartup-*.lock")
+        (self.folder / f"mainstartup-{name}.lock").write_bytes(lock.read_bytes())
+        self.run_to_end(0, "-l", configuration, "--headless", *UNTIL_MODULES)
+
+    def test_lock_that_cannot_be_created(self):
+        process = self.run_to_end(0, "-l", self.configure("base3"), "--headless", *UNTIL_MODULES,
+                                  XDG_RUNTIME_DIR=str(self.folder / "absent"))
+        self.assertIn("a second instance would go unnoticed", process.errors)
+
+    def test_process_list(self):
+        configuration = self.configure("base3")
+        listing = self.folder / "ps"
+        for launchers, code in ((1, 0), (2, 4)):
+            listing.write_text("#!/bin/sh\n" + f'echo "1 tty1 ./mainstartup -l {configuration} ($PS_FORMAT)"\n' * launchers)
+            listing.chmod(0o755)
+            process = self.run_to_end(code, "-l", configuration, "--headless", *UNTIL_MODULES,
+                                      PATH=f"{self.folder}:{os.environ['PATH']}")
+            self.assertEqual("another mainstartup runs with" in process.errors, code == 4)
+
+
+class Requests(LauncherCase):
+    def test_signal_while_running(self):
+        for mode, number in zip(MODES, (signal.SIGINT, signal.SIGTERM)):
+            process = self.start("-l", self.configure("base3", "gui"), mode)
+            process.wait_for("start-up is over")
+            process.send(number)
+            self.assertEqual(process.finish(), 0)
+            self.assertIn(IN_ORDER + "0", process.errors)
+
+    def test_signal_during_discovery(self):
+        """No further library is opened, and what was opened is taken down without having been initialized."""
+        process, gate = self.start_up_to_gate("wait in discovery", "-l", self.configure("base3", "probe", "gui"),
+                                              "--headless")
+        with gate:
+            process.send(signal.SIGTERM)
+            process.wait_for("SIGTERM, shutting down")
+        self.assertEqual(process.finish(), 0, process.errors)
+        self.assertEqual(self.module_log("create", "initialize", "deleted"), ["base3 create 3", "base3 deleted"])
+
+    def test_signal_during_first_pass(self):
+        """The pass finishes, the Gui pass does not begin."""
+        process, gate = self.start_up_to_gate("wait in initialize", "-l", self.configure("probe", "scpi", "gui"),
+                                              "--offscreen")
+        with gate:
+            process.send(signal.SIGTERM)
+            process.wait_for("SIGTERM, shutting down")
+        self.assertEqual(process.finish(), 0, process.errors)
+        self.assertEqual(self.module_log("initialize", "terminate"), ["scpi initialize -1", "scpi terminate"])
+
+    def test_second_interrupt_ends_at_once(self):
+        process, gate = self.start_up_to_gate("wait in initialize", "-l", self.configure("probe"), "--headless")
+        with gate:
+            process.send(signal.SIGINT)
+            process.wait_for("a second SIGINT ends at once")
+            process.send(signal.SIGINT)
+            self.assertEqual(process.finish(), -signal.SIGINT)
+
+    def test_module_quits_the_application(self):
+        process = self.run_to_end(0, "-l", self.configure("probe", "gui"), "--offscreen", VQM_TEST_PROBE="quit")
+        self.assertEqual(self.module_log("terminate"), ["gui terminate"])
+        self.assertIn(IN_ORDER + "0", process.errors)
+
+    def test_gui_thread_answers_while_modules_are_taken_down(self):
+        self.run_to_end(0, "-l", self.configure("probe"), "--offscreen", *UNTIL_MODULES,
+                        VQM_TEST_PROBE="call the GUI thread")
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
