@@ -1,0 +1,44 @@
+# Shared by the scripts; to be sourced. Sets `root`, the top folder of the project.
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+packages_to_build="cmake ninja-build g++ qt6-base-dev qt6-5compat-dev"
+packages_to_run="libqt6sql6-sqlite fonts-dejavu-core procps"
+packages_to_test="libgtest-dev libgmock-dev python3 binutils"
+
+say()
+{
+    printf '== %s\n' "$*" >&2
+}
+
+# install_packages NAME...: asks apt-get for those that are missing, for nothing when all are there.
+install_packages()
+{
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f '${Status}\n' "$package" 2>/dev/null | grep -q ' installed$' || missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    say "installing ${missing[*]}"
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        as_root=(sudo)
+        type sudo >/dev/null 2>&1 || { say "these packages are missing and need root to install"; return 1; }
+    fi
+    "${as_root[@]}" apt-get update -qq
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+        -o DPkg::Lock::Timeout=300 "${missing[@]}" >/dev/null
+}
+
+# build PRESET [CMAKE ARGUMENT...]
+build()
+{
+    local preset=$1
+    shift
+    say "building build/$preset"
+    (cd "$root" && cmake --preset "$preset" "$@" >"$root/build/$preset.log" 2>&1) ||
+        { cat "$root/build/$preset.log" >&2; return 1; }
+    cmake --build "$root/build/$preset"
+}
+
+mkdir -p "$root/build"
