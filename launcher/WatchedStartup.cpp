@@ -7,6 +7,13 @@ namespace Orvia {
 
 WatchedStartup::WatchedStartup(int id, ExitStatus *status) : VQMIntegrationStartup(id), m_status(status) {}
 
+WatchedStartup::~WatchedStartup()
+{
+    ModuleIterator walk(moduleTable);
+    for (VQMLoadedModuleInformation *record = walk.toFirst(); record != nullptr; record = walk.next())
+        delete record;
+}
+
 int WatchedStartup::initializeModules(const QStringList &names, bool exclude)
 {
     return noteStatus("base modules", VQMIntegrationStartup::initializeModules(names, exclude));

@@ -10,11 +10,14 @@ namespace Orvia {
 class ExitStatus;
 
 /// The startup object with an eye on what its operations come to: the stages announced, and the passes that
-/// end with a status. `status` is not owned.
+/// end with a status. It is the last to know of the modules: it deletes their records.
 class WatchedStartup : public VQMIntegrationStartup
 {
 public:
+    /// `status` is not owned.
     WatchedStartup(int id, ExitStatus *status);
+    /// After freeResources().
+    ~WatchedStartup() override;
 
     using VQMIntegrationStartup::initializeModules;
     int initializeModules(const QStringList &names, bool exclude) override;

@@ -26,35 +26,41 @@ namespace {
 
 constexpr int cannotOpen = 61001;
 
-/// The Database module as the start-up has it.
-class Database
+/// A module as the start-up has it, from initialize() to the closing of its library.
+class Module
 {
 public:
-    Database()
+    Module(const char *path, int id, VQMAnchorInterface *anchor, VQMModuleInterface **published)
+        : m_anchor(anchor)
     {
-        m_library.open(DATABASE_MODULE, true, false);
+        EXPECT_TRUE(m_library.open(path, true, false)) << m_library.lastError();
         const auto create =
             reinterpret_cast<CreateInstanceFunction>(m_library.getProcAddress(createInstanceSymbol));
-        m_object.reset(create(VQMDatabaseId));
-        m_anchor.databaseModule = m_object.get();
-        status = module()->initialize(&m_anchor, -1);
+        m_object.reset(static_cast<VQMDllModuleInterface *>(create(id)));
+        *published = m_object.get();
+        status = m_object->initialize(m_anchor, -1);
     }
-    ~Database()
+    ~Module()
     {
-        module()->terminate(&m_anchor);
+        m_object->terminate(m_anchor);
         m_object.reset();
     }
-
-    SettingsDatabase *operator->() { return SettingsDatabase::of(&m_anchor); }
 
     int status;
 
 private:
-    VQMDllModuleInterface *module() { return static_cast<VQMDllModuleInterface *>(m_object.get()); }
-
+    VQMAnchorInterface *m_anchor;
     VQMSharedLibrary m_library;
-    std::unique_ptr<VQMModuleInterface> m_object;
-    VQMAnchorInterface m_anchor = {};
+    std::unique_ptr<VQMDllModuleInterface> m_object;
+};
+
+struct Database
+{
+    SettingsDatabase *operator->() { return SettingsDatabase::of(&anchor); }
+
+    VQMAnchorInterface anchor = {};
+    Module module{DATABASE_MODULE, VQMDatabaseId, &anchor, &anchor.databaseModule};
+    const int status = module.status;
 };
 
 } // namespace
@@ -258,6 +264,17 @@ TEST_F(DatabaseTest, ListenersHearEveryTransactionOnceAndInOrder)
     database->unsubscribe(subscription);
     database->set({{"shared", "unheard"}});
     EXPECT_NE(heard.back(), "unheard");
+}
+
+TEST_F(DatabaseTest, ListeningModuleMayGoBeforeTheDatabase)
+{
+    Database database;
+    {
+        const Module gui(GUI_MODULE, VQMGuiId, &database.anchor, &database.anchor.guiModule);
+        EXPECT_EQ(gui.status, 0);
+        EXPECT_TRUE(database->set({{"a", "heard"}}));
+    }
+    EXPECT_TRUE(database->set({{"a", "not heard"}})); // or the code of a closed library would run
 }
 
 TEST_F(DatabaseTest, OnlyAModuleWithThisInterfaceIsTakenForTheDatabase)

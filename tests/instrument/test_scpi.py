@@ -194,7 +194,8 @@ class Failures(unittest.TestCase):
             port = taken.getsockname()[1]
             self.instrument.set_property("port", port)
             self.instrument.start()
-            self.instrument.wait_for(f"SCPI: cannot listen on 127.0.0.1 port {port}: ")
+            self.assertTrue(self.instrument.has_logged(f"SCPI: cannot listen on 127.0.0.1 port {port}: "))
+            self.assertTrue(self.instrument.has_logged("Initialization of Module ScpiDll failed!"))
             self.assertGreaterEqual(self.instrument.stop(), 0) # no crash
 
     def test_address_that_is_none(self):

@@ -23,7 +23,6 @@ class Process:
     def __init__(self, arguments, environment):
         self.process = subprocess.Popen([MAINSTARTUP, *arguments], env=environment, text=True,
                                         stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        self.pid = self.process.pid
         self.errors = ""
         self.watchdog = threading.Timer(DEADLINE, self.process.kill)
         self.watchdog.start()
@@ -36,14 +35,11 @@ class Process:
             self.errors += line
 
     def finish(self):
-        """Waits for the end; returns the exit code, -9 when it took too long."""
+        """Returns the exit code, -9 when it took too long."""
         self.output, rest = self.process.communicate()
         self.errors += rest
         self.watchdog.cancel()
         return self.process.returncode
-
-    def send(self, number):
-        self.process.send_signal(number)
 
 
 class LauncherCase(unittest.TestCase):
@@ -57,18 +53,15 @@ class LauncherCase(unittest.TestCase):
         self.environment.update(XDG_RUNTIME_DIR=str(self.folder), VQM_TEST_MODULE_LOG=str(self.folder / "log"))
         self.trace_file = self.folder / "trace"
 
-    def configure(self, *modules, memory=0, name="instrument", **properties):
-        """Writes a configuration that lists the modules, and properties beside it; returns its path."""
+    def configure(self, *modules, memory=0, name="instrument", family="Family=0x2"):
+        """Writes a configuration and its properties; returns its path."""
         files = "".join(f'<File name="{module}.so"/>' for module in modules)
         path = self.folder / f"{name}.xml"
         path.write_text(f'<Root><Instrument><Module name="MainStartup"><ModuleLoadList>'
                         f'<Directory nameLinux="{MODULES}">{files}</Directory></ModuleLoadList>'
                         f'<Startup><RegKey type="requiredMemoryMB" value="{memory}"/></Startup>'
                         f'</Module></Instrument></Root>')
-        sections = {"Instrument": {"Family": "0x2"}, **properties}
-        path.with_suffix(".ini").write_text("".join(
-            f"[{section}]\n" + "".join(f"{key}={value}\n" for key, value in values.items())
-            for section, values in sections.items()))
+        path.with_suffix(".ini").write_text("[Instrument]\n" + family + "\n[StartupProcess]\nProgressBar=1\n")
         return str(path)
 
     def start(self, *arguments, **environment):
@@ -86,7 +79,7 @@ class LauncherCase(unittest.TestCase):
         """Returns the process and its trace: (runs on the GUI thread, text) of each line."""
         process = self.run_to_end(expected_code, "--trace", str(self.trace_file), *arguments, **environment)
         lines = [TRACE_LINE.match(line) for line in self.trace_file.read_text().splitlines()]
-        return process, [(int(line[1]) == process.pid, line[2]) for line in lines]
+        return process, [(int(line[1]) == process.process.pid, line[2]) for line in lines]
 
     def module_log(self, *words):
         """The lines of the modules' log whose second word is one of `words`."""

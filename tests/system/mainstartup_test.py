@@ -38,25 +38,23 @@ class StartAndShutdown(LauncherCase):
                     + ["Stage: terminate loadables"])
     MODULES_DOWN = terminated("GuiDll", "ScpiDll", "Database", "base3")
 
-    def on_gui_thread(self, flag, lines):
-        return [(flag, line) for line in lines]
-
     def test_trace_with_gui(self):
         process, trace = self.run_traced(0, "-l", self.configure(*self.FILES), "--offscreen", *UNTIL_MODULES)
         gui_stage = ["initializeModules"] + initialized("GuiDll") + ["Stage: modules finished"]
-        self.assertEqual(trace, self.on_gui_thread(False, self.DISCOVERY + self.FIRST_PASS)
-                         + self.on_gui_thread(True, gui_stage)
-                         + self.on_gui_thread(False, self.PLUGINS_DOWN + ["Stage: terminate modules"]
-                                              + self.MODULES_DOWN))
+        self.assertEqual([line for _, line in trace],
+                         self.DISCOVERY + self.FIRST_PASS + gui_stage + self.PLUGINS_DOWN
+                         + ["Stage: terminate modules"] + self.MODULES_DOWN)
+        self.assertEqual([line for on_gui_thread, line in trace if on_gui_thread], gui_stage)
         self.assertTrue(process.errors.endswith(IN_ORDER + "0\n"), process.errors)
 
     def test_trace_headless(self):
         """The Gui module stays down, and the alert of the absent file waits for nobody."""
         process, trace = self.run_traced(6, "-l", self.configure(*self.FILES), "--headless", *UNTIL_MODULES)
-        self.assertEqual(trace, self.on_gui_thread(False, self.DISCOVERY + self.FIRST_PASS + self.PLUGINS_DOWN
-                                                   + self.MODULES_DOWN))
-        self.assertIn(f"mainstartup: Error: Loading Module DLL's: Could not load module {MODULES}/absent.so\n",
-                      process.errors)
+        expected = self.DISCOVERY + self.FIRST_PASS + self.PLUGINS_DOWN + self.MODULES_DOWN
+        self.assertEqual(trace, [(False, line) for line in expected])
+        for line in (f"Error: Loading Module DLL's: Could not load module {MODULES}/absent.so",
+                     "start-up ended without the stage given with --until", "shut down in order, exit code 6"):
+            self.assertIn(f"mainstartup: {line}\n", process.errors)
 
     def test_modules_go_before_their_libraries(self):
         self.run_to_end(0, "-l", self.configure("gui", "scpi", "base3"), "--offscreen", *UNTIL_MODULES)
@@ -65,26 +63,20 @@ class StartAndShutdown(LauncherCase):
             "gui terminate", "gui deleted", "scpi terminate", "scpi deleted", "base3 terminate", "base3 deleted",
             "gui closed", "scpi closed", "base3 closed"])
 
-    def test_progress_in_a_log(self):
-        """A line for every ten percent at most."""
-        configuration = self.configure(*["base3"] * 40, StartupProcess={"ProgressBar": 1})
-        process = self.run_to_end(0, "-l", configuration, "--headless", *UNTIL_MODULES)
-        for title in ("Load Base System + Plugins", "Initialize Base System"):
-            tens = [int(line.split()[-2]) // 10 for line in process.errors.splitlines() if title in line]
-            self.assertEqual(tens, list(range(11)))
-
-
-class Until(LauncherCase):
-    def test_reached_on_either_thread(self):
+    def test_until_a_stage_of_either_thread(self):
         for file, mode in (("base3", "--headless"), ("base3", "--offscreen"), ("gui", "--offscreen")):
             with self.subTest(file=file, mode=mode):
                 process = self.run_to_end(0, "-l", self.configure(file), mode, *UNTIL_MODULES)
                 self.assertNotIn("start-up is over", process.errors)
 
-    def test_not_reached(self):
-        process = self.run_to_end(6, "-l", self.configure("gui"), "--headless", *UNTIL_MODULES)
-        self.assertIn("start-up ended without the stage given with --until", process.errors)
-        self.assertIn(IN_ORDER + "6", process.errors)
+    def test_progress_in_a_log(self):
+        """A line for every ten percent at most."""
+        configuration = self.configure(*["base3"] * 40)
+        for mode in MODES:
+            process = self.run_to_end(0, "-l", configuration, mode, *UNTIL_MODULES)
+            for title in ("Load Base System + Plugins", "Initialize Base System"):
+                tens = [int(line.split()[-2]) // 10 for line in process.errors.splitlines() if title in line]
+                self.assertEqual(tens, list(range(11)))
 
 
 class FailingModules(LauncherCase):
@@ -139,15 +131,11 @@ class CommandLine(LauncherCase):
                 process = self.run_to_end(2, *arguments)
                 self.assertIn(said, process.errors)
 
-    def test_family_from_neither_side(self):
-        configuration = self.configure("base3", Instrument={})
-        process = self.run_to_end(2, "-l", configuration, "--headless")
-        self.assertIn("--family BITS or set the property Instrument/Family", process.errors)
-        self.run_to_end(0, "-l", configuration, "--headless", "--family", "2", *UNTIL_MODULES)
-
-    def test_family_option_outweighs_property(self):
+    def test_family_from_option_before_property(self):
         self.run_to_end(0, "-l", self.configure("family4"), "--headless", "--family", "0x4", *UNTIL_MODULES)
         self.assertEqual(self.module_log("terminate"), ["family4 terminate"])
+        process = self.run_to_end(2, "-l", self.configure("base3", family=""), "--headless")
+        self.assertIn("--family BITS or set the property Instrument/Family", process.errors)
 
     def test_load_list_is_read_as_the_startup_object_reads_it(self):
         """The last option whose second character is l or L counts."""
@@ -181,10 +169,9 @@ class Configuration(LauncherCase):
         self.assertIn("Instrument/Family: all", process.errors)
 
     def test_no_display(self):
-        process = self.run_to_end(0, "-l", self.configure("base3"), *UNTIL_MODULES)
-        self.assertIn("no display, running offscreen", process.errors)
-        process = self.run_to_end(0, "-l", self.configure("base3"), *UNTIL_MODULES, DISPLAY=":987")
-        self.assertIn("the display cannot be reached, running offscreen", process.errors)
+        for display, said in (("", "no display"), (":987", "the display cannot be reached")):
+            process = self.run_to_end(0, "-l", self.configure("base3"), *UNTIL_MODULES, DISPLAY=display)
+            self.assertIn(f"{said}, running offscreen", process.errors)
 
 
 class Memory(LauncherCase):
@@ -208,8 +195,8 @@ class Instances(LauncherCase):
         other_name.symlink_to(configuration)
         for path in (configuration, str(other_name)):
             process = self.run_to_end(4, "-l", path, "--headless", "--family", "2")
-            self.assertIn(f"in use by process {first.pid} (mainstartup)", process.errors)
-        first.send(signal.SIGKILL)
+            self.assertIn(f"in use by process {first.process.pid} (mainstartup)", process.errors)
+        first.process.send_signal(signal.SIGKILL)
         first.finish()
         self.run_to_end(0, "-l", configuration, "--headless", *UNTIL_MODULES)
 
@@ -231,7 +218,8 @@ class Instances(LauncherCase):
         configuration = self.configure("base3")
         listing = self.folder / "ps"
         for launchers, code in ((1, 0), (2, 4)):
-            listing.write_text("#!/bin/sh\n" + f'echo "1 tty1 ./mainstartup -l {configuration} ($PS_FORMAT)"\n' * launchers)
+            line = f'[ "$PS_FORMAT" = pid,tty,args ] && echo "1 tty1 ./mainstartup -l {configuration}"\n'
+            listing.write_text("#!/bin/sh\n" + line * launchers)
             listing.chmod(0o755)
             process = self.run_to_end(code, "-l", configuration, "--headless", *UNTIL_MODULES,
                                       PATH=f"{self.folder}:{os.environ['PATH']}")
@@ -243,7 +231,7 @@ class Requests(LauncherCase):
         for mode, number in zip(MODES, (signal.SIGINT, signal.SIGTERM)):
             process = self.start("-l", self.configure("base3", "gui"), mode)
             process.wait_for("start-up is over")
-            process.send(number)
+            process.process.send_signal(number)
             self.assertEqual(process.finish(), 0)
             self.assertIn(IN_ORDER + "0", process.errors)
 
@@ -252,7 +240,7 @@ class Requests(LauncherCase):
         process, gate = self.start_up_to_gate("wait in discovery", "-l", self.configure("base3", "probe", "gui"),
                                               "--headless")
         with gate:
-            process.send(signal.SIGTERM)
+            process.process.send_signal(signal.SIGTERM)
             process.wait_for("SIGTERM, shutting down")
         self.assertEqual(process.finish(), 0, process.errors)
         self.assertEqual(self.module_log("create", "initialize", "deleted"), ["base3 create 3", "base3 deleted"])
@@ -262,7 +250,7 @@ class Requests(LauncherCase):
         process, gate = self.start_up_to_gate("wait in initialize", "-l", self.configure("probe", "scpi", "gui"),
                                               "--offscreen")
         with gate:
-            process.send(signal.SIGTERM)
+            process.process.send_signal(signal.SIGTERM)
             process.wait_for("SIGTERM, shutting down")
         self.assertEqual(process.finish(), 0, process.errors)
         self.assertEqual(self.module_log("initialize", "terminate"), ["scpi initialize -1", "scpi terminate"])
@@ -270,9 +258,9 @@ class Requests(LauncherCase):
     def test_second_interrupt_ends_at_once(self):
         process, gate = self.start_up_to_gate("wait in initialize", "-l", self.configure("probe"), "--headless")
         with gate:
-            process.send(signal.SIGINT)
+            process.process.send_signal(signal.SIGINT)
             process.wait_for("a second SIGINT ends at once")
-            process.send(signal.SIGINT)
+            process.process.send_signal(signal.SIGINT)
             self.assertEqual(process.finish(), -signal.SIGINT)
 
     def test_module_quits_the_application(self):

@@ -25,11 +25,9 @@ public:
     /// Takes messages as long as the client takes the responses; bytesWritten() goes on from there.
     void serve()
     {
-        for (;;) {
-            while (serveMessage()) {
-                if (isFull() && !makeRoom())
-                    return;
-            }
+        while (!isFull() || makeRoom()) {
+            if (serveMessage())
+                continue;
             if (!makeRoom() || m_socket->bytesAvailable() == 0)
                 return;
             const QByteArray bytes = m_socket->readAll();
