@@ -264,9 +264,10 @@ class Requests(LauncherCase):
             self.assertEqual(process.finish(), -signal.SIGINT)
 
     def test_module_quits_the_application(self):
-        process = self.run_to_end(0, "-l", self.configure("probe", "gui"), "--offscreen", VQM_TEST_PROBE="quit")
-        self.assertEqual(self.module_log("terminate"), ["gui terminate"])
-        self.assertIn(IN_ORDER + "0", process.errors)
+        for mode in MODES:
+            process = self.run_to_end(0, "-l", self.configure("probe", "base3"), mode, VQM_TEST_PROBE="quit")
+            self.assertIn(IN_ORDER + "0", process.errors)
+        self.assertEqual(self.module_log("terminate"), ["base3 terminate"] * 2)
 
     def test_gui_thread_answers_while_modules_are_taken_down(self):
         self.run_to_end(0, "-l", self.configure("probe"), "--offscreen", *UNTIL_MODULES,

@@ -28,7 +28,11 @@ QEvent::Type typeOf(int number)
 class MainGuiTest : public StartupTest
 {
 protected:
-    MainGuiTest() { application.installEventFilter(&boxes); }
+    MainGuiTest()
+    {
+        QApplication::setQuitOnLastWindowClosed(false); // the closing of a box must not end the event loop
+        application.installEventFilter(&boxes);
+    }
 
     class Boxes : public QObject
     {

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <cerrno>
 #include <chrono>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -107,14 +108,16 @@ protected:
         const int descriptor = ::open(file.c_str(), O_RDONLY);
         char byte;
         const iovec buffer = {&byte, 1};
-        const bool cached = ::preadv2(descriptor, &buffer, 1, 1 << 17, RWF_NOWAIT) == 1;
+        // In the middle of the file: a look at its start could make the kernel read that in. Other failures
+        // than EAGAIN mean a file system that does not tell, one in memory say.
+        const bool cached = ::preadv2(descriptor, &buffer, 1, 1 << 17, RWF_NOWAIT) == 1 || errno != EAGAIN;
         ::close(descriptor);
         return cached;
     }
     template <typename Condition>
     static bool holdsSoon(Condition condition)
     {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         while (!condition()) {
             if (std::chrono::steady_clock::now() > deadline)
                 return false;
@@ -161,7 +164,7 @@ TEST_F(ReadAheadTest, StopsWhenDestroyed)
     ASSERT_TRUE(QDir::setCurrent(folder.path()));
     if (!makeUncached("cold"))
         GTEST_SKIP() << "the file system keeps what it has cached";
-    const int count = 100'000;
+    const int count = 5'000;
     Clock::time_point begin = Clock::now();
     {
         const LibraryReadAhead wholeList(std::vector<std::string>(count, "cold"));
@@ -172,7 +175,7 @@ TEST_F(ReadAheadTest, StopsWhenDestroyed)
     auto longer = std::make_unique<LibraryReadAhead>(std::vector<std::string>(10 * count, "cold"));
     begin = Clock::now();
     longer.reset();
-    EXPECT_LT(Clock::now() - begin, 3 * wholeTime);
+    EXPECT_LT(Clock::now() - begin, 5 * wholeTime); // all of them would take ten times as long
 }
 
 } // namespace
