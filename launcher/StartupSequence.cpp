@@ -110,18 +110,20 @@ void StartupSequence::discover()
 
 void StartupSequence::takeDown()
 {
-    if (m_startup != nullptr) {
-        guarded("termination of the plug-ins", [this] { m_startup->plugInsTerminate(); });
-        guarded("termination of the Gui module", [this] { terminatePass(componentGuiOnly); });
-        guarded("termination of the base modules", [this] { terminatePass(componentAllButGui); });
-        guarded("removal of the progress bars", [this] { m_startup->freeProgressBar(); });
-        guarded("closing of the libraries", [this] { m_startup->freeResources(); });
-        m_startup.reset();
-    }
-    m_queue->post([this] {
-        m_isDown = true;
-        QCoreApplication::exit();
-    });
+    guarded("termination of the plug-ins", [this] { m_startup->plugInsTerminate(); });
+    guarded("termination of the Gui module", [this] { terminatePass(componentGuiOnly); });
+    guarded("termination of the base modules", [this] { terminatePass(componentAllButGui); });
+    guarded("removal of the progress bars", [this] { m_startup->freeProgressBar(); });
+    // By way of the GUI thread: what the modules have left in the event queues of the two threads is
+    // delivered while their code is still there.
+    m_queue->post([this] { m_initThread.post([this] { closeLibraries(); }); });
+}
+
+void StartupSequence::closeLibraries()
+{
+    guarded("closing of the libraries", [this] { m_startup->freeResources(); });
+    m_startup.reset();
+    m_queue->post([this] { leave(); });
 }
 
 void StartupSequence::terminatePass(componentId selector)
@@ -135,7 +137,7 @@ void StartupSequence::terminatePass(componentId selector)
 void StartupSequence::createGuiObject()
 {
     if (m_startup == nullptr) {
-        beginShutdown();
+        leave();
         return;
     }
     m_gui = std::make_unique<WatchedMainGui>(
@@ -177,6 +179,12 @@ void StartupSequence::beginShutdown()
     m_initThread.post([this] { takeDown(); });
 }
 
+void StartupSequence::leave()
+{
+    m_isDown = true;
+    QCoreApplication::exit();
+}
+
 // On the thread whose turn it is
 
 void StartupSequence::guarded(const char *step, const std::function<void()> &work)
@@ -204,7 +212,7 @@ bool StartupSequence::mayGoOn() const
 
 bool StartupSequence::hasReachedUntil() const
 {
-    return m_settings.until && m_startup != nullptr && m_startup->hasAnnounced(*m_settings.until);
+    return m_settings.until && m_startup->hasAnnounced(*m_settings.until);
 }
 
 } // namespace Orvia

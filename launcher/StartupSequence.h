@@ -57,6 +57,7 @@ private:
     void bringUp();
     void discover();
     void takeDown();
+    void closeLibraries();
     void terminatePass(componentId selector);
 
     // On the GUI thread
@@ -64,6 +65,7 @@ private:
     void afterModules();
     void afterGuiStage(const std::exception_ptr &thrown);
     void beginShutdown();
+    void leave();
 
     // On the thread whose turn it is
     void guarded(const char *step, const std::function<void()> &work);
