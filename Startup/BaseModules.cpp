@@ -18,11 +18,6 @@ QString nameOf(const VQMLoadedModuleInformation *record)
     return QString::fromLatin1(record->name);
 }
 
-int percentOf(std::uint32_t done, std::uint32_t total)
-{
-    return total == 0 ? 100 : static_cast<int>(done * 100.0 / total);
-}
-
 } // namespace
 
 int VQMMainStartupImplementation::initializeModules(const QStringList &names, bool exclude)
@@ -93,8 +88,9 @@ int VQMMainStartupImplementation::initializeGuarded(VQMLoadedModuleInformation *
 void VQMMainStartupImplementation::showBaseProgress()
 {
     if (showProgress)
-        showProgressBar(&baseProgressBarId, "Initialize Base System",
-                        percentOf(baseModulesInitialized, baseModuleCount));
+        showProgressBar(
+            &baseProgressBarId, "Initialize Base System",
+            baseModuleCount == 0 ? 100 : wholePercent(baseModulesInitialized * 100.0 / baseModuleCount));
 }
 
 void VQMMainStartupImplementation::noteThrowingModule(const VQMLoadedModuleInformation *record)

@@ -70,7 +70,7 @@ int VQMMainStartupImplementation::initializePlugIns(int parts)
     }
     if (showProgress)
         showProgressBar(&plugInProgressBarId, "Initialize Plugins",
-                        total == 0 ? 100 : static_cast<int>(static_cast<double>(done) / total * 100));
+                        total == 0 ? 100 : wholePercent(static_cast<double>(done) / total * 100));
     for (int row = 0; row < static_cast<int>(std::size(plugInTypes)); ++row) {
         if (const int status = initializePlugInsOfType(row, parts, total); status != 0)
             return status;
@@ -168,7 +168,7 @@ int VQMMainStartupImplementation::plugInPercent(int parts, std::uint32_t total) 
     for (const ModuleGroupCounters &group : groupCounters)
         done += (parts & VQMDatabasePart) != 0 ? group.partCounters[0].modulesInitialized
                                                : group.modulesInitialized;
-    return static_cast<int>(done * 100.0 / total);
+    return wholePercent(done * 100.0 / total);
 }
 
 bool VQMMainStartupImplementation::terminatePlugIn(VQMLoadedModuleInformation *record,

@@ -7,6 +7,9 @@
 #include "platform/VQMProperties.h"
 #include "platform/VQMUtility.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace Orvia {
 
 namespace {
@@ -115,6 +118,11 @@ void VQMMainStartupImplementation::suDebugMsgOut(int kind, const QString &text, 
     if (Debug::isActive(debugModule, level, kind))
         Debug::println(debugModule, kind, text, level, code, nullptr, -1);
     VQMUtility::traceMessage(text.toLatin1().constData());
+}
+
+int VQMMainStartupImplementation::wholePercent(double percent)
+{
+    return static_cast<int>(std::min<double>(percent, std::numeric_limits<int>::max()));
 }
 
 void VQMMainStartupImplementation::showProgressBar(int *barId, const char *title, int percent)

@@ -133,6 +133,8 @@ private:
     // Base modules, and what the plug-ins share with them
     int initializeGuarded(VQMLoadedModuleInformation *record);
     void showBaseProgress();
+    /// The integer part; counters that went below 0 have wrapped and make it very large.
+    static int wholePercent(double percent);
     static void showProgressBar(int *barId, const char *title, int percent);
     static void noteThrowingModule(const VQMLoadedModuleInformation *record);
     /// False when its terminate() threw.

@@ -25,6 +25,8 @@ public:
     /// error-manager hook.
     static void showAlert(const QString &caption, const QString &text);
     bool eventFilter(QObject *watched, QEvent *event) override;
+    /// Shows the file named by "StartupProcess"/"ReleaseNotes" in a window of its own, if it can be read.
+    void displayReleaseNotes() const;
 
     /// Where alerts go; null for the error-manager hook. Cleared when the object it points to is destroyed.
     static VQMMainGui *receiver;

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <map>
 
 namespace Orvia {
@@ -34,6 +35,10 @@ public:
     /// False when the property "StartupProcess"/"Gui" is "0".
     static bool isGuiEnabled();
     static VQMErrorManagerHook *getErrorManagerHook();
+    /// Runs `work` on the GUI thread, after what was posted there before, and returns when it is done: at
+    /// once on the GUI thread, elsewhere once the thread gets to it, so not while it waits for the caller. No
+    /// code of the caller's library is left to run there afterwards. What `work` throws leaves here.
+    static void runOnGuiThread(const std::function<void()> &work);
 
     /// Take over container and nodes; the readers go on filling them while they read. GUI thread.
     static void setMenuDescription(std::map<QString, SMenuTree *> *menu);

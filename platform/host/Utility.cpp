@@ -1,13 +1,19 @@
 #include "platform/VQMUtility.h"
 
 #include "platform/VQMProperties.h"
+#include "xmlconfig/SMenuTree.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QStringList>
+#include <QThread>
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
+#include <exception>
 #include <limits>
+#include <mutex>
 #include <sys/sysinfo.h>
 
 namespace Orvia {
@@ -80,10 +86,42 @@ void VQMUtility::setErrorManagerHook(VQMErrorManagerHook *hook)
     errorManagerHook = hook;
 }
 
+// With a standard mutex, as thread checkers see nothing of Qt's blocking calls.
+void VQMUtility::runOnGuiThread(const std::function<void()> &work)
+{
+    QCoreApplication *application = QCoreApplication::instance();
+    if (QThread::currentThread() == application->thread()) {
+        work();
+        return;
+    }
+    std::mutex mutex;
+    std::condition_variable finished;
+    bool isFinished = false;
+    std::exception_ptr thrown;
+    const auto run = [&] {
+        const std::lock_guard lock(mutex);
+        try {
+            work();
+        } catch (...) {
+            thrown = std::current_exception();
+        }
+        isFinished = true;
+        finished.notify_one();
+    };
+    QMetaObject::invokeMethod(application, run, Qt::QueuedConnection);
+    std::unique_lock lock(mutex);
+    finished.wait(lock, [&] { return isFinished; });
+    if (thrown)
+        std::rethrow_exception(thrown);
+}
+
 void VQMUtility::setMenuDescription(std::map<QString, SMenuTree *> *description)
 {
-    if (description != menu)
-        delete menu; // not the nodes: this library does not know what they are
+    if (menu != nullptr && description != menu) {
+        for (const auto &[key, node] : *menu)
+            delete node;
+        delete menu;
+    }
     menu = description;
 }
 

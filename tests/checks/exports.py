@@ -12,13 +12,15 @@ import sys
 LIBRARY_NAMES = re.compile(
     r"^(vtable for |typeinfo for |typeinfo name for |non-virtual thunk to |VTT for )?"
     r"(Orvia::(VQMMainStartupInterface|VQMMainStartupImplementation|VQMIntegrationStartup|VQMMainGui|"
-    r"CSuXmlEvntHdlr)\b.*|Version(Vers|Date|Time)Main)$")
+    r"CSuXmlEvntHdlr|"
+    r"CXmlParse(Languages|MasterRegKeys|MenuTree)|VQMStartupWindow|(set)?[mM]ainWidget|fileExtension|languageDir)\b.*|Version(Vers|Date|Time)Main)$")
 MUST_EXPORT = ["Orvia::VQMIntegrationStartup::VQMIntegrationStartup(int)", "Orvia::VQMMainGui::receiver",
                "Orvia::VQMMainGui::m_Id", "Orvia::VQMMainStartupImplementation::platform",
                "Orvia::VQMMainStartupImplementation::exceptionLocation",
                "Orvia::VQMMainStartupImplementation::anchorInterface",
                "Orvia::VQMIntegrationStartup::sm_preventFlag", "Orvia::VQMIntegrationStartup::sm_abortFlag",
-               "Orvia::VQMIntegrationStartup::sm_startupStage", "VersionVersMain"]
+               "Orvia::VQMIntegrationStartup::sm_startupStage", "Orvia::fileExtension", "Orvia::languageDir",
+               "VersionVersMain"]
 ENTRY_POINTS = {"VQMGetModuleInfo", "VQMCreateModuleInterfaceInstance"}
 # What the linker and the sanitizers add of their own.
 TOOLCHAIN = re.compile(r"^(__bss_start|_edata|_end|_init|_fini|__(asan|tsan|ubsan|odr_asan)_.*|__odr_asan.*)$")

@@ -10,7 +10,7 @@ import tempfile
 
 CORE = ["platform", "registry", "Startup", "xmlconfig", "gui"]
 CONTRACT = "registry/VQMModuleContract.h"
-PLATFORM_LEAVES = {"xmlconfig/CSearchTblPair.h"}
+PLATFORM_LEAVES = {"xmlconfig/CSearchTblPair.h", "xmlconfig/SMenuTree.h"}
 
 # folder: folders and single headers that its files may include besides their own
 RULES = {
@@ -21,7 +21,7 @@ RULES = {
     "gui": {"Startup", "xmlconfig", "registry", "platform"},
     "launcher": set(CORE),
     "tools": set(CORE) | {"launcher"},
-    "examples": {CONTRACT, "platform"},
+    "examples": {CONTRACT, "platform", "xmlconfig/SMenuTree.h"},
     "tests/modules": {CONTRACT, "platform"},
     "tests": set(CORE) | {"launcher", "tools", "examples"},
     "benchmarks": set(CORE) | {"launcher", "tools", "examples"},
