@@ -4,11 +4,15 @@
 #include "platform/Export.h"
 #include "platform/VQMProgressBar.h"
 #include "platform/VQMProperties.h"
+#include "xmlconfig/SMenuTree.h"
+
+#include <QStringList>
 
 #include <algorithm>
 
 FakeCalls &calls = *new FakeCalls;
 FakeAnswers answers;
+FakeHandovers handovers;
 std::vector<std::pair<int, const Orvia::CErrorManager::SErrorDefinition *>> registeredErrors;
 
 void FakeCalls::add(const std::string &service, const std::string &text)
@@ -172,12 +176,19 @@ void VQMProgressBar::removeProgressBar(int id, bool)
     calls.add("progress", "removed " + std::to_string(id));
 }
 
-QString VQMProperties::getStringProperty(const QString &section, const QString &key,
-                                         const QString &defaultValue, int, bool *)
+void VQMProgressBar::removeButton(int id, bool)
 {
-    const bool asked =
-        section == "StartupProcess" && key == "ProgressBar" && !answers.progressBarProperty.isNull();
-    return asked ? answers.progressBarProperty : defaultValue;
+    calls.add("progress", "button " + std::to_string(id) + " removed");
+}
+
+QString VQMProperties::getStringProperty(const QString &section, const QString &key,
+                                         const QString &defaultValue, int layer, bool *found)
+{
+    const std::string name = text(section) + "/" + text(key);
+    const bool plain = layer == 0 && found == nullptr;
+    calls.add("asked", name + ", else " + text(defaultValue) + (plain ? "" : ", not as agreed"));
+    const auto property = answers.properties.find(name);
+    return property != answers.properties.end() ? property->second : defaultValue;
 }
 
 int VQMProperties::getIntegerProperty(const QString &section, const QString &key, int defaultValue, int)
@@ -226,6 +237,33 @@ bool VQMUtility::isGuiEnabled()
     return answers.guiEnabled;
 }
 
+void VQMUtility::setMenuDescription(std::map<QString, SMenuTree *> *menu)
+{
+    calls.add("handover", "menu");
+    handovers.menus.push_back(menu);
+}
+
+void VQMUtility::setLanguageList(std::map<QString, QString> *languages)
+{
+    calls.add("handover", "languages");
+    handovers.languages.push_back(languages);
+}
+
+int VQMUtility::getMenuLevelIndicator(int level)
+{
+    return level == 0 ? 1'000'000 : level == 1 ? 2'000 : -1;
+}
+
+QString VQMUtility::buildString(const QString &p1, const QString &p2, const QString &p3, const QString &p4,
+                                const QString &p5, const QString &p6, const QString &p7, const QString &p8,
+                                const QString &p9, const QString &p10, const QString &p11, const QString &p12,
+                                const QString &p13, const QString &p14, const QString &p15)
+{
+    QStringList pieces = {p1, p2, p3, p4, p5, p6, p7, p8, p9, p10, p11, p12, p13, p14, p15};
+    pieces.removeIf([](const QString &piece) { return piece.isNull(); });
+    return pieces.join(':');
+}
+
 VQMErrorManagerHook *VQMUtility::getErrorManagerHook()
 {
     return answers.hookInstalled ? &hook : nullptr;
@@ -237,6 +275,14 @@ void resetFakes()
 {
     calls = FakeCalls();
     answers = FakeAnswers();
+    for (auto *menu : handovers.menus) {
+        for (const auto &[key, node] : *menu)
+            delete node;
+        delete menu;
+    }
+    for (auto *languages : handovers.languages)
+        delete languages;
+    handovers = FakeHandovers();
     Orvia::nextBarId = 0;
     Orvia::HwAbstractionLayer::m_repository = &Orvia::repository;
 }

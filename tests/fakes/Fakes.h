@@ -16,11 +16,13 @@
 ///     trace     "text"
 ///     box       "caption | text | modal severity buttons reserved reserved"
 ///     alert     "caption | text" (the error-manager hook)
-///     progress  "new <id> <title>", "<id>: <percent>", "removed <id>"
+///     progress  "new <id> <title>", "<id>: <percent>", "removed <id>", "button <id> removed"
 ///     property  "<section>/<key> = <value>"
+///     asked     "<section>/<key>, else <default>" of a text property
 ///     error     "<code> <text>" signalled, "destroy <id>", "destroy all"
 ///     option    "find <name>", "has <id>" (the hardware repository)
 ///     complete  "<parts>" of start-up complete
+///     handover  "menu", "languages"
 ///     module    "<file> <operation> <arguments>"
 struct FakeCalls
 {
@@ -45,7 +47,7 @@ struct FakeAnswers
 {
     int debugLevel = 3; ///< lines up to this level are wanted
     bool progressHandlerInstalled = true;
-    QString progressBarProperty = "1";
+    std::map<std::string, QString> properties = {{"StartupProcess/ProgressBar", "1"}};
     int requiredMemoryMb = 0;
     int availableMemoryMb = 1000;
     bool guiEnabled = true;
@@ -56,6 +58,19 @@ struct FakeAnswers
 
 extern FakeCalls &calls; // never destroyed: libraries may log until the process ends
 extern FakeAnswers answers;
+
+/// What the readers handed over, in order; deleted by resetFakes().
+struct FakeHandovers
+{
+    std::vector<std::map<QString, Orvia::SMenuTree *> *> menus;
+    std::vector<std::map<QString, QString> *> languages;
+};
+extern FakeHandovers handovers;
+
+/// A hardware repository made in C: answers `code` at position 6 and, when `hasUnit`, an object at 27. Logs
+/// its calls as a module does: "repository position <n> ...", "unit position 1 <ready>".
+extern "C" void *handMadeRepository(int code, int hasUnit);
+
 /// Tables by registration id, every registration since the process began.
 extern std::vector<std::pair<int, const Orvia::CErrorManager::SErrorDefinition *>> registeredErrors;
 

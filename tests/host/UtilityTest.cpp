@@ -1,5 +1,6 @@
 #include "platform/HwAbstractionLayer.h"
 #include "platform/VQMUtility.h"
+#include "xmlconfig/SMenuTree.h"
 
 #include "tests/host/HostTest.h"
 
@@ -34,6 +35,28 @@ TEST_F(UtilityTest, BuildStringKeepsEmptyPiecesUpToTheLastOne)
     EXPECT_EQ(build("Edit", none, "All"), "Edit::All");
     EXPECT_EQ(build("Edit", "", none), "Edit:");
     EXPECT_EQ(build(none, none, none), "");
+}
+
+TEST_F(UtilityTest, MenuAndLanguagesLiveUntilTheNextOnes)
+{
+    const QString text = QString("label").repeated(2); // is shared as long as the node lives
+    auto *menu = new std::map<QString, SMenuTree *>;
+    VQMUtility::setMenuDescription(menu);
+    (*menu)["A"] = new SMenuTree{text};
+    VQMUtility::setMenuDescription(menu); // the same again
+    EXPECT_EQ(VQMUtility::menuDescription()->at("A")->label, text);
+    VQMUtility::setMenuDescription(new std::map<QString, SMenuTree *>);
+    EXPECT_TRUE(text.isDetached());
+    EXPECT_TRUE(VQMUtility::menuDescription()->empty());
+    VQMUtility::setMenuDescription(nullptr);
+
+    auto *languages = new std::map<QString, QString>{{"A", text}};
+    VQMUtility::setLanguageList(languages);
+    VQMUtility::setLanguageList(languages);
+    EXPECT_EQ(VQMUtility::languageList()->at("A"), text);
+    VQMUtility::setLanguageList(nullptr);
+    EXPECT_TRUE(text.isDetached());
+    EXPECT_EQ(VQMUtility::languageList(), nullptr);
 }
 
 TEST_F(UtilityTest, HardwareRepositoryAnswersFromTheProperties)

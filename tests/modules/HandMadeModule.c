@@ -27,7 +27,10 @@ typedef struct
     uint32_t targetMask;
 } ModuleInfo;
 
-static const ModuleInfo info = {{-1, -1}, 7, 8, 9, "HandMade", 5, 0x1, 0, 0xFFFFFFFF};
+static const ModuleInfo info = {{-1, -1}, 7, 8, 9, MODULE_NAME, MODULE_ID, 0x1, 0, 0xFFFFFFFF};
+
+/* The widget that position 18 answers; of the unit tests. */
+void *testMainWidget(void) __attribute__((weak));
 
 static void destroy(Object *self)
 {
@@ -101,7 +104,7 @@ static void *getMainWidget(Object *self)
 {
     (void)self;
     moduleLog("position 18");
-    return NULL;
+    return testMainWidget != NULL ? testMainWidget() : NULL;
 }
 static void startGui(Object *self, void *anchor)
 {

@@ -93,8 +93,6 @@ TEST_F(LoadListReaderTest, ReadsElementsWith1To32Attributes)
         EXPECT_EQ(filesOf(list("<D><File name='a.so'" + more + "/></D>")).size(), taken ? 1u : 0u) << count;
         EXPECT_THAT(filesOf(list("<Directory nameLinux='/x'" + more + "><File name='a.so'/></Directory>")),
                     ElementsAre(taken ? "/x/a.so" : "a.so"));
-        filesOf("<Startup><RegKey type='defaultMaster' value='1'" + attributes(count - 1) + "/></Startup>");
-        EXPECT_EQ(calls.of("property").size(), taken ? 1u : 0u) << count;
     }
     EXPECT_THAT(filesOf(list("<Directory nameLinux='/x'><File/></Directory>")), IsEmpty());
 }
@@ -133,19 +131,6 @@ TEST_F(LoadListReaderTest, FitsFilesToTheInstrumentsOptions)
     EXPECT_THAT(filesOf(list("<D><File name='a.so' option='K2'/><File name='b.so'/></D>")),
                 ElementsAre("b.so"));
     EXPECT_THAT(calls.of("error"), ElementsAre("10008 > K2 for module a.so"));
-}
-
-TEST_F(LoadListReaderTest, HandsRegistryKeysToThePropertyStore)
-{
-    filesOf(
-        "<Root><Startup version='1.0'><RegKey type='defaultMaster' value=' d '/>"
-        "<RegKey value='p' type='preferedMaster'/><RegKey type='requiredMemoryMB' value='many'/>"
-        "<RegKey type='requiredMemoryMB' value=''/>"
-        "<RegKey type='DefaultMaster' value='x'/><RegKey type='defaultMaster'/><RegKey value='x'/><RegKey/>"
-        "<Any><RegKey type='defaultMaster' value='x'/></Any></Startup>"
-        "<RegKey type='defaultMaster' value='x'/></Root>");
-    EXPECT_THAT(calls.of("property"), ElementsAre("DefaultMaster =  d ", "PreferedMaster = p",
-                                                  "RequiredMemoryMB = many", "RequiredMemoryMB = "));
 }
 
 TEST_F(LoadListReaderTest, LeavesTheSectionsOfOtherModulesAlone)
@@ -204,11 +189,6 @@ TEST_F(LoadListReaderTest, DocumentsThatCannotBeReadAddNothing)
           QByteArray("\xff\xfe\x3c"), QByteArray(1 << 20, '<')}) {
         EXPECT_THAT(filesOf(document), IsEmpty());
         EXPECT_EQ(calls.of("debug").size(), 1u);
-    }
-    for (const char *name : {"/no/such/file.xml", "/", ""}) {
-        startup.loadListName = name;
-        startup.parseLoadList();
-        EXPECT_THAT(startup.loadListFiles, IsEmpty());
     }
 }
 

@@ -1,13 +1,11 @@
 #include "gui/EGuiEventType.h"
 #include "gui/VQMGuiAlertEventType.h"
 #include "gui/VQMMainGui.h"
-#include "tests/unit/StartupFixture.h"
+#include "tests/unit/GuiFixture.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QMessageBox>
 #include <QThread>
-#include <QTimer>
 
 #include <memory>
 #include <thread>
@@ -15,7 +13,6 @@
 namespace Orvia {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -25,7 +22,7 @@ QEvent::Type typeOf(int number)
 }
 
 /// An application whose message boxes are noted as they open and closed by pressing their button.
-class MainGuiTest : public StartupTest
+class MainGuiTest : public GuiTest
 {
 protected:
     MainGuiTest()
@@ -54,12 +51,6 @@ protected:
         std::vector<std::string> opened;
     };
 
-    /// Runs the event loop until it is quit; false when nothing quits it in time.
-    static bool isQuit()
-    {
-        QTimer::singleShot(10000, qApp, [] { QCoreApplication::exit(99); });
-        return QApplication::exec() == 0;
-    }
     /// Runs the event loop over all that has been posted to the object.
     void runPosted(QObject *receiver)
     {
@@ -68,10 +59,6 @@ protected:
         EXPECT_TRUE(isQuit());
     }
 
-    int argc = 1;
-    char name[5] = "test";
-    char *argv[2] = {name, nullptr};
-    QApplication application{argc, argv};
     Boxes boxes;
 };
 
@@ -137,19 +124,6 @@ TEST_F(MainGuiTest, AlertsGoToTheReceiverOrElseToTheHook)
     VQMMainGui::showAlert("no", "hook");
     EXPECT_THAT(calls.of("alert"), ElementsAre("before | any", "after | it"));
     EXPECT_THAT(boxes.opened, ElementsAre("with | receiver"));
-}
-
-TEST_F(MainGuiTest, TheGuiStageBringsUpTheGuiModule)
-{
-    load({"gui", "base3"});
-    startup.setComponentSelector(componentAllButGui);
-    startup.initializeModules();
-    calls.clear();
-    VQMMainGui gui(&startup);
-    QApplication::postEvent(&gui, new QEvent(typeOf(eStartGui)));
-    runPosted(&gui);
-    EXPECT_THAT(calls.of("module"), testing::IsSupersetOf({"gui initialize -1", "gui modulesFinished"}));
-    EXPECT_THAT(calls.of("module"), testing::Not(Contains("base3 initialize -1")));
 }
 
 } // namespace

@@ -1,5 +1,4 @@
 #include "Startup/IcppAnnouncementWrapper.h"
-#include "platform/HwAbstractionLayer.h"
 #include "tests/unit/StartupFixture.h"
 
 #include <cstring>
@@ -59,26 +58,13 @@ TEST(VirtualTable, OfTheStartupObjectStandsInTheAgreedOrder)
         ElementsAreArray(range(2, 22)));
 }
 
-TEST(VirtualTable, OfModulesAndServicesStandsInTheAgreedOrder)
+TEST(VirtualTable, OfTheObjectsThatOthersProvideStandsInTheAgreedOrder)
 {
-    using M = VQMPlugInDllModuleInterface;
-    EXPECT_THAT(
-        (std::vector<int>{positionOf(&M::getInterfaceVersion), positionOf(&M::getModuleName),
-                          positionOf(&M::getModuleId), positionOf(&M::initialize), positionOf(&M::terminate),
-                          positionOf(&M::modulesFinished), positionOf(&M::loadablesFinished),
-                          positionOf(&M::pluginsFinished), positionOf(&M::pluginLoadablesFinished),
-                          positionOf(&M::completeFinished), positionOf(&M::terminateModules),
-                          positionOf(&M::terminateLoadables), positionOf(&M::terminatePlugins),
-                          positionOf(&M::terminatePluginLoadables)}),
-        ElementsAreArray(range(2, 15)));
-    EXPECT_EQ(positionOf(&M::getMainWidget), 18);
-    EXPECT_EQ(positionOf(&M::startGui), 21);
     EXPECT_EQ(positionOf(&IcppAnnouncementWrapper::destroyAnnouncement), 0);
     EXPECT_EQ(positionOf(&IcppAnnouncementWrapper::destroyAllAnnouncements), 1);
     EXPECT_EQ(positionOf(&VQMErrorManagerHook::alert), 2);
-    EXPECT_EQ(positionOf(&VQMHwRepository::code), 6);
-    EXPECT_EQ(positionOf(&VQMHwRepository::unit), 27);
-    EXPECT_EQ(positionOf(&VQMHwUnit::setReady), 1);
+    EXPECT_EQ(positionOf(&VQMHwRepository::findOption), 2);
+    EXPECT_EQ(positionOf(&VQMHwRepository::hasOption), 3);
 }
 
 class StartupObjectTest : public testing::Test
@@ -121,12 +107,12 @@ TEST_F(StartupObjectTest, AnswersAsAModuleAndStartsEmpty)
 TEST_F(StartupObjectTest, ShowsProgressForExactlyOne)
 {
     for (const char *value : {"0", "", "true", " 1", "1 ", "01", "2"}) {
-        answers.progressBarProperty = value;
+        answers.properties["StartupProcess/ProgressBar"] = value;
         EXPECT_FALSE(OpenStartup(1).showProgress) << value;
     }
-    answers.progressBarProperty = QString(); // not set
+    answers.properties.clear();
     EXPECT_FALSE(OpenStartup(1).showProgress);
-    answers.progressBarProperty = "1";
+    answers.properties["StartupProcess/ProgressBar"] = "1";
     EXPECT_TRUE(OpenStartup(1).showProgress);
 }
 
@@ -221,58 +207,39 @@ std::vector<Row> registeredTable(int registrationId)
     return rows;
 }
 
-void expectRows(const std::vector<Row> &actual, const std::vector<Row> &expected)
+/// Expects rows with rising codes, a closing row, and among them the ones given.
+void expectTable(int registrationId, std::size_t count, const std::vector<Row> &samples)
 {
-    ASSERT_EQ(actual.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_EQ(actual[i].code, expected[i].code);
-        EXPECT_EQ(actual[i].severity, expected[i].severity) << expected[i].code;
-        EXPECT_EQ(actual[i].scpiCode, expected[i].scpiCode) << expected[i].code;
-        EXPECT_EQ(actual[i].flag, expected[i].flag) << expected[i].code;
-        EXPECT_STREQ(actual[i].text, expected[i].text);
-        EXPECT_STREQ(actual[i].text2, "");
-        EXPECT_STREQ(actual[i].text3, "");
+    const std::vector<Row> rows = registeredTable(registrationId);
+    ASSERT_EQ(rows.size(), count + 1);
+    for (std::size_t i = 0; i < count; ++i)
+        EXPECT_EQ(rows[i].code, rows[0].code + static_cast<int>(i));
+    for (const Row &sample : samples) {
+        const Row &row = sample.code < 0 ? rows.back() : rows[sample.code - rows[0].code];
+        EXPECT_THAT((std::vector{row.code, row.severity, row.scpiCode, row.flag}),
+                    ElementsAre(sample.code, sample.severity, sample.scpiCode, sample.flag));
+        EXPECT_STREQ(row.text, sample.text);
+        EXPECT_STREQ(row.text2, "");
+        EXPECT_STREQ(row.text3, "");
     }
 }
 
-TEST_F(StartupObjectTest, RegistersTheStartupErrorsOnce)
+TEST_F(StartupObjectTest, RegistersItsErrorTablesOnce)
 {
-    expectRows(
-        registeredTable(2),
-        {{10000, 1, -310, 0, "Startup error", "", ""},
-         {10001, 1, -310, 0, "Startup module not found", "", ""},
-         {10002, 1, -310, 0, "Startup plugin module not found", "", ""},
-         {10003, 1, -310, 0, "Startup plugin directory not found", "", ""},
-         {10004, 1, -310, 0, "Startup interface method not found", "", ""},
-         {10005, 1, -310, 0, "No data", "", ""},
-         {10006, 1, -310, 0, "Invalid data", "", ""},
-         {10007, 3, 0, 0, "Sav/Rcl Handler Info", "", ""},
-         {10008, 3, 50, 0, "Startup unkown option ", "", ""},
-         {10009, 1, -300, 1,
-          "Date and time are set to an illegal value. Please check the date and time settings in dialog "
-          "Setup -> Date / Time.",
-          "", ""},
-         {-1, 0, 0, 0, "", "", ""}});
-}
-
-TEST_F(StartupObjectTest, RegistersTheComponentErrorsOnce)
-{
-    expectRows(registeredTable(11),
-               {{90000, 1, -300, 0, "", "", ""},
-                {90001, 1, -300, 0, "", "", ""},
-                {90002, 2, 50, 0, "Sav/Rcl Manager Warning: property bag contains no data", "", ""},
-                {90003, 2, 50, 0, "Sav/Rcl Manager Warning: got invalid data of property bag", "", ""},
-                {90004, 3, 0, 0, "Sav/Rcl Manager Info: operation complete", "", ""},
-                {90005, 3, 0, 0, "Sav/Rcl Handler Info", "", ""},
-                {90006, 3, 0, 0, "SCPI Handler Info: goto local not accepted", "", ""},
-                {90007, 1, -300, 0, "Sav/Rcl Handler Error: got invalid data of database", "", ""},
-                {90008, 1, -300, 0, "Sav/Rcl Handler Error: no answer of database", "", ""},
-                {90009, 1, -300, 0, "Sav/Rcl Handler Error: got invalid key of database", "", ""},
-                {90010, 2, 50, 0, "Sav/Rcl Handler Warning: got empty data container", "", ""},
-                {90011, 1, -300, 0, "SCPI Manager Error", "", ""},
-                {90012, 3, 0, 0, "Print Handler Info", "", ""},
-                {90013, 2, 0, 0, "Print Handler Warning", "", ""},
-                {-1, 0, 0, 0, "", "", ""}});
+    const Row end = {-1, 0, 0, 0, "", "", ""};
+    expectTable(2, 10,
+                {{10000, 1, -310, 0, "Startup error", "", ""},
+                 {10008, 3, 50, 0, "Startup unkown option ", "", ""},
+                 {10009, 1, -300, 1,
+                  "Date and time are set to an illegal value. Please check the date and time settings in "
+                  "dialog Setup -> Date / Time.",
+                  "", ""},
+                 end});
+    expectTable(11, 14,
+                {{90000, 1, -300, 0, "", "", ""},
+                 {90002, 2, 50, 0, "Sav/Rcl Manager Warning: property bag contains no data", "", ""},
+                 {90013, 2, 0, 0, "Print Handler Warning", "", ""},
+                 end});
 }
 
 } // namespace

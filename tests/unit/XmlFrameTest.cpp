@@ -127,13 +127,6 @@ TEST_F(XmlFrameTest, RefusesDocumentsDeeperThan256)
     EXPECT_EQ(reader.levels.back(), ' ');
 }
 
-TEST_F(XmlFrameTest, GoesOnAfterAHandlerHasRefusedItsElement)
-{
-    EXPECT_TRUE(reader.read("<Root><Note id='no'><Note id='1'/></Note><Note id='2'/></Root>"));
-    EXPECT_THAT(reader.seen, ElementsAre("Note<no", "Note<1", "Note>", "Note>", "Note<2", "Note>"));
-    EXPECT_THAT(calls.all, IsEmpty());
-}
-
 TEST_F(XmlFrameTest, TellsItsObserverWhatBecameOfElements)
 {
     std::vector<std::string> outcomes;
