@@ -68,6 +68,7 @@ void declareOptions(QCommandLineParser *parser)
         {"offscreen", "Everything runs, on a display that nobody sees."},
         {"headless", "No GUI: the Gui module stays down, alerts go to standard error."},
         {"until", "Shut down once start-up has reached this stage: " + listedStageNames() + '.', "stage"},
+        {"screenshot", "Save a picture (PNG) of the main window once start-up is over.", "file"},
         {"trace", "Write a trace to this file.", "file"},
         {"version", "Print the version."},
         {"help", "Print this help."},
@@ -93,6 +94,7 @@ QString readOptions(const QCommandLineParser &parser, CommandLine *commandLine)
         return "no configuration given: -l FILE is required";
     commandLine->properties = parser.value("properties");
     commandLine->trace = parser.value("trace");
+    commandLine->screenshot = parser.value("screenshot");
     commandLine->offscreen = parser.isSet("offscreen");
     commandLine->headless = parser.isSet("headless");
     if (parser.isSet("family")) {

@@ -19,7 +19,8 @@ struct CommandLine
     bool offscreen = false;
     bool headless = false;
     std::optional<ESuStage> until;
-    QString trace; ///< empty for none
+    QString trace;      ///< empty for none
+    QString screenshot; ///< empty for none
 };
 
 /// Reads the arguments as the startup object and this launcher share them. No value when there is nothing

@@ -14,6 +14,7 @@ enum class ExitCode : int
     AnotherInstance = 4,
     ModuleFailed = 5,
     StageNotReached = 6,
+    NoScreenshot = 7,
 };
 
 struct ExitCodeMeaning
@@ -33,6 +34,7 @@ inline constexpr ExitCodeMeaning exitCodes[] = {
     {ExitCode::AnotherInstance, "another instance is running with the same configuration"},
     {ExitCode::ModuleFailed, "a module failed or threw"},
     {ExitCode::StageNotReached, "start-up was over without the stage given with --until"},
+    {ExitCode::NoScreenshot, "the picture asked for with --screenshot could not be taken"},
 };
 
 /// The exit code of a run: the first problem noted. Any thread.

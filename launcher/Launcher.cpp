@@ -5,6 +5,7 @@
 #include "launcher/MessageBoxes.h"
 #include "launcher/ProgressDisplay.h"
 #include "launcher/Report.h"
+#include "launcher/Screenshot.h"
 #include "launcher/SignalWatcher.h"
 #include "launcher/StartupSequence.h"
 #include "platform/HwAbstractionLayer.h"
@@ -128,24 +129,49 @@ void Launcher::runInstrument()
     if (hasGui && LauncherApplication::isOnDisplay()) // a box that nobody sees is not waited for
         messageBoxes.emplace(&queue);
     std::optional<ProgressDisplay> display;
+    std::optional<Screenshot> screenshot;
 
     StartupSequence sequence({.argc = m_argc,
                               .argv = m_argv,
                               .family = m_family,
                               .until = m_commandLine.until,
                               .alertsOnGui = hasGui,
-                              .startupOver = [&display] { display->startupOver(); },
+                              .startupOver =
+                                  [&] {
+                                      display->startupOver();
+                                      if (!m_commandLine.until)
+                                          report("start-up is over");
+                                      if (screenshot)
+                                          screenshot->take();
+                                      else if (m_commandLine.until)
+                                          sequence.requestShutdown();
+                                  },
                               .shuttingDown =
-                                  [&display, &messageBoxes] {
+                                  [&] {
                                       display->shuttingDown();
+                                      if (screenshot)
+                                          screenshot->giveUp();
                                       if (messageBoxes)
                                           messageBoxes->release();
                                   }},
                              &queue, &m_status);
     display.emplace(hasGui, &queue, [&sequence] { sequence.requestShutdown(); });
+    if (!m_commandLine.screenshot.isEmpty())
+        screenshot.emplace(m_commandLine.screenshot, [&](const QString &error) {
+            noteScreenshot(error);
+            if (m_commandLine.until)
+                sequence.requestShutdown();
+        });
     application.setExceptionHandler([&sequence] { sequence.eventThrew(); });
     const SignalWatcher signals([&sequence] { sequence.requestShutdown(); });
     sequence.run();
+}
+
+void Launcher::noteScreenshot(const QString &error)
+{
+    report(error.isEmpty() ? "screenshot saved: " + m_commandLine.screenshot : "--screenshot: " + error);
+    if (!error.isEmpty())
+        m_status.note(ExitCode::NoScreenshot);
 }
 
 } // namespace Orvia

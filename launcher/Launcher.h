@@ -25,6 +25,8 @@ private:
     bool startTrace();
 
     void runInstrument();
+    /// Empty when the picture has been saved.
+    void noteScreenshot(const QString &error);
 
     const CommandLine m_commandLine;
     const int m_argc;

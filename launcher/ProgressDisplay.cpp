@@ -1,7 +1,10 @@
 #include "launcher/ProgressDisplay.h"
 
+#include "gui/MainWidget.h"
 #include "gui/VQMMainGui.h"
 #include "platform/VQMProperties.h"
+
+#include <atomic>
 
 namespace Orvia {
 
@@ -24,11 +27,12 @@ ProgressDisplay::ProgressDisplay(bool hasGui, GuiThreadQueue *queue,
     VQMProgressBar::installProgressHandler(&m_terminal);
     if (!hasGui)
         return;
-    m_window.emplace(productName(), abortRequested);
+    m_window = new SplashWindow(productName(), abortRequested);
     m_window->setStatus("Starting up");
-    m_splash.emplace(queue, &*m_window);
+    m_splash.emplace(queue, m_window);
     VQMProgressBar::installProgressHandler(&*m_splash);
-    VQMMainGui::m_Id = VQMProgressBar::createButton("Abort", abortRequested);
+    std::atomic_ref(VQMMainGui::m_Id).store(VQMProgressBar::createButton("Abort", abortRequested));
+    setMainWidget(m_window);
     m_window->show();
 }
 
@@ -37,14 +41,13 @@ ProgressDisplay::~ProgressDisplay()
     if (m_splash)
         VQMProgressBar::removeProgressHandler(&*m_splash);
     VQMProgressBar::removeProgressHandler(&m_terminal);
+    delete m_window;
 }
 
 void ProgressDisplay::startupOver()
 {
-    if (!m_window)
-        return;
-    m_window->setStatus("Ready");
-    VQMProgressBar::removeButton(VQMMainGui::m_Id, false);
+    if (m_window)
+        m_window->setStatus("Ready");
 }
 
 void ProgressDisplay::shuttingDown()

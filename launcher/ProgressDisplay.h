@@ -3,6 +3,8 @@
 #include "launcher/SplashWindow.h"
 #include "launcher/TerminalProgress.h"
 
+#include <QPointer>
+
 #include <functional>
 #include <optional>
 
@@ -11,7 +13,9 @@ namespace Orvia {
 class GuiThreadQueue;
 
 /// What shows how start-up gets on: the terminal always, and with a GUI the splash window, named after the
-/// properties "Instrument"/"Manufacturer" and "Model", with a button that aborts. GUI thread.
+/// properties "Instrument"/"Manufacturer" and "Model", with a button that aborts. The splash window is the
+/// application's main widget until the Gui stage replaces and deletes it, which also removes the button; it
+/// stays when there is no Gui module to replace it. GUI thread.
 class ProgressDisplay
 {
 public:
@@ -26,7 +30,7 @@ public:
 
 private:
     TerminalProgress m_terminal;
-    std::optional<SplashWindow> m_window;
+    QPointer<SplashWindow> m_window; ///< owned as long as it lives
     std::optional<SplashProgress> m_splash;
 };
 

@@ -107,13 +107,14 @@ void SplashWindow::addButton(int id, const QString &title, const std::function<v
     m_buttons[id] = button;
 }
 
-// A button may be removed by what it does when pressed, hence later.
 void SplashWindow::remove(int id)
 {
     if (const auto bar = m_bars.extract(id))
         bar.mapped().row->deleteLater();
-    if (const auto button = m_buttons.extract(id))
-        button.mapped()->deleteLater();
+    if (const auto button = m_buttons.extract(id)) {
+        button.mapped()->hide();
+        button.mapped()->deleteLater(); // it may be removed by what it does when pressed
+    }
 }
 
 void SplashWindow::closeEvent(QCloseEvent *event)
@@ -128,27 +129,35 @@ SplashProgress::SplashProgress(GuiThreadQueue *queue, SplashWindow *window) : m_
 
 void SplashProgress::barCreated(int id, const QString &title)
 {
-    m_queue->post([window = m_window, id, title] { window->addBar(id, title); });
+    onWindow([id, title](SplashWindow *window) { window->addBar(id, title); });
 }
 
 void SplashProgress::barUpdated(int id, int percent)
 {
-    m_queue->post([window = m_window, id, percent] { window->updateBar(id, percent); });
+    onWindow([id, percent](SplashWindow *window) { window->updateBar(id, percent); });
 }
 
 void SplashProgress::barRemoved(int id)
 {
-    m_queue->post([window = m_window, id] { window->remove(id); });
+    onWindow([id](SplashWindow *window) { window->remove(id); });
 }
 
 void SplashProgress::buttonCreated(int id, const QString &title, const std::function<void()> &pressed)
 {
-    m_queue->post([window = m_window, id, title, pressed] { window->addButton(id, title, pressed); });
+    onWindow([id, title, pressed](SplashWindow *window) { window->addButton(id, title, pressed); });
 }
 
 void SplashProgress::buttonRemoved(int id)
 {
-    m_queue->post([window = m_window, id] { window->remove(id); });
+    onWindow([id](SplashWindow *window) { window->remove(id); });
+}
+
+void SplashProgress::onWindow(std::function<void(SplashWindow *)> work)
+{
+    m_queue->post([this, work = std::move(work)] {
+        if (m_window != nullptr)
+            work(m_window);
+    });
 }
 
 } // namespace Orvia

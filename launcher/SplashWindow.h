@@ -2,6 +2,7 @@
 
 #include "platform/VQMProgressBar.h"
 
+#include <QPointer>
 #include <QWidget>
 
 #include <functional>
@@ -50,7 +51,8 @@ private:
     std::map<int, QPushButton *> m_buttons;
 };
 
-/// Shows progress in a splash window, whatever thread reports it. Neither queue nor window is owned.
+/// Shows progress in a splash window, whatever thread reports it, until the window is deleted; outlives the
+/// event loop. Neither queue nor window is owned.
 class SplashProgress : public VQMProgressHandler
 {
 public:
@@ -63,8 +65,10 @@ public:
     void buttonRemoved(int id) override;
 
 private:
+    void onWindow(std::function<void(SplashWindow *)> work);
+
     GuiThreadQueue *m_queue;
-    SplashWindow *m_window;
+    QPointer<SplashWindow> m_window; ///< GUI thread only
 };
 
 } // namespace Orvia

@@ -46,12 +46,15 @@ void StartupSequence::run()
 {
     m_initThread.start();
     m_initThread.post([this] { createStartupObject(); });
-    QCoreApplication::exec();
-    while (!m_isDown) { // somebody else has quit the application
-        requestShutdown();
+    do {
         QCoreApplication::exec();
-    }
-    m_gui.reset(); // here, where no event of its own can be under way in an outer event loop
+        requestShutdown();
+    } while (m_phase != Phase::Shutdown);
+    // All nested event loops have ended with exec(), so no code of a module is left on this thread's stack.
+    beginShutdown();
+    while (!m_isDown)
+        QCoreApplication::exec();
+    m_gui.reset();
     m_initThread.stop();
 }
 
@@ -59,9 +62,8 @@ void StartupSequence::requestShutdown()
 {
     VQMIntegrationStartup::setAbortFlag(true);
     m_settings.shuttingDown();
-    // Later: it may be code of a module that asks, and it must have returned when its library is closed.
-    if (std::exchange(m_isIdle, false))
-        m_queue->post([this] { beginShutdown(); });
+    if (m_phase == Phase::Running)
+        leaveEventLoop();
 }
 
 void StartupSequence::eventThrew()
@@ -87,14 +89,14 @@ void StartupSequence::bringUp()
 {
     if (mayGoOn())
         guarded("module discovery", [this] { discover(); });
-    if (mayGoOn()) {
-        guarded("initialization", [this] {
+    if (mayGoOn())
+        guarded("initialization of the base modules", [this] {
             const ExitGuard guard; // for the memory test
             m_startup->setComponentSelector(componentAllButGui);
             m_startup->initializeModules();
         });
-    }
-    clearExceptionLocation();
+    if (mayGoOn() && !hasReachedUntil())
+        guarded("initialization of the plug-ins", [this] { m_startup->initializePlugIns(VQMDatabasePart); });
     m_queue->post([this] { afterModules(); });
 }
 
@@ -123,7 +125,10 @@ void StartupSequence::closeLibraries()
 {
     guarded("closing of the libraries", [this] { m_startup->freeResources(); });
     m_startup.reset();
-    m_queue->post([this] { leave(); });
+    m_queue->post([this] {
+        m_isDown = true;
+        QCoreApplication::exit();
+    });
 }
 
 void StartupSequence::terminatePass(componentId selector)
@@ -137,11 +142,11 @@ void StartupSequence::terminatePass(componentId selector)
 void StartupSequence::createGuiObject()
 {
     if (m_startup == nullptr) {
-        leave();
+        leaveEventLoop();
         return;
     }
     m_gui = std::make_unique<WatchedMainGui>(
-        m_startup.get(), [this](const std::exception_ptr &thrown) { afterGuiStage(thrown); });
+        m_startup.get(), [this](const std::function<void()> &stage) { runGuiStage(stage); });
     m_gui->setInitContextThread(&m_initThread);
     if (!m_settings.alertsOnGui)
         std::atomic_ref(VQMMainGui::receiver).store(nullptr);
@@ -150,23 +155,37 @@ void StartupSequence::createGuiObject()
 
 void StartupSequence::afterModules()
 {
-    if (mayGoOn() && !hasReachedUntil())
-        QCoreApplication::postEvent(m_gui.get(), new QEvent(static_cast<QEvent::Type>(eStartGui)));
-    else
-        beginShutdown();
-}
-
-void StartupSequence::afterGuiStage(const std::exception_ptr &thrown)
-{
-    if (thrown)
-        fail("the Gui stage", thrown);
-    m_settings.startupOver();
-    if (!mayGoOn() || m_settings.until) {
-        beginShutdown();
+    if (!mayGoOn() || hasReachedUntil()) {
+        leaveEventLoop();
         return;
     }
-    report("start-up is over");
-    m_isIdle = true;
+    m_phase = Phase::GuiStageDue;
+    QCoreApplication::postEvent(m_gui.get(), new QEvent(static_cast<QEvent::Type>(eStartGui)));
+}
+
+// Anybody can post the event, at any time and more than once.
+void StartupSequence::runGuiStage(const std::function<void()> &stage)
+{
+    if (m_phase != Phase::GuiStageDue && m_phase != Phase::Running) {
+        report("the event that starts the Gui stage comes at the wrong time, ignored");
+        return;
+    }
+    m_phase = Phase::GuiStage;
+    if (mayGoOn())
+        guarded("the Gui stage", stage);
+    if (!mayGoOn()) {
+        leaveEventLoop();
+        return;
+    }
+    m_phase = Phase::Running;
+    if (!std::exchange(m_isUp, true))
+        m_settings.startupOver();
+}
+
+void StartupSequence::leaveEventLoop()
+{
+    m_phase = Phase::Shutdown;
+    QCoreApplication::exit();
 }
 
 void StartupSequence::beginShutdown()
@@ -176,13 +195,10 @@ void StartupSequence::beginShutdown()
         report("start-up ended without the stage given with --until");
         m_status->note(ExitCode::StageNotReached);
     }
-    m_initThread.post([this] { takeDown(); });
-}
-
-void StartupSequence::leave()
-{
-    m_isDown = true;
-    QCoreApplication::exit();
+    if (m_startup != nullptr)
+        m_initThread.post([this] { takeDown(); });
+    else
+        m_isDown = true;
 }
 
 // On the thread whose turn it is
@@ -212,7 +228,7 @@ bool StartupSequence::mayGoOn() const
 
 bool StartupSequence::hasReachedUntil() const
 {
-    return m_settings.until && m_startup->hasAnnounced(*m_settings.until);
+    return m_settings.until && m_startup != nullptr && m_startup->hasAnnounced(*m_settings.until);
 }
 
 } // namespace Orvia

@@ -17,9 +17,11 @@ class ExitStatus;
 class GuiThreadQueue;
 
 /// Brings the instrument up and takes it down, on two threads: the init-context thread constructs the startup
-/// object, discovers and initializes the modules and takes all of them down; the GUI thread runs the Gui
-/// stage in between and its event loop all the time. The threads hand over by posting, neither waits for the
-/// other.
+/// object, discovers the modules, initializes the base modules but the Gui module and then the plug-ins'
+/// Database parts, and takes everything down in the end; the GUI thread runs the Gui stage in between and its
+/// event loop all the time. The threads hand over by posting, neither waits for the other.
+///
+/// A module whose status says that it failed does not keep start-up from going on; an exception does.
 ///
 /// Whatever fails, the shutdown runs with all its steps. One run an object; public operations on the GUI
 /// thread except where said otherwise.
@@ -31,9 +33,9 @@ public:
         int argc;
         char **argv; ///< outlives the sequence
         HwESigGenFamily family;
-        std::optional<ESuStage> until;      ///< shut down once this stage has been announced
+        std::optional<ESuStage> until;      ///< go no further once this stage has been announced
         bool alertsOnGui;                   ///< else alerts stay with the error-manager hook
-        std::function<void()> startupOver;  ///< start-up is over, the instrument runs
+        std::function<void()> startupOver;  ///< the instrument runs; called once, after the Gui stage
         std::function<void()> shuttingDown; ///< nothing may wait for the user any more; called repeatedly
     };
 
@@ -43,7 +45,8 @@ public:
     StartupSequence(const StartupSequence &) = delete;
     StartupSequence &operator=(const StartupSequence &) = delete;
 
-    /// Runs the event loop until the instrument has been taken down.
+    /// Runs the event loop until the instrument has been taken down. Whoever else quits the application asks
+    /// for the shutdown.
     void run();
     /// Shuts down when the pass that is running has come to its end; discovery is cut short.
     void requestShutdown();
@@ -52,6 +55,16 @@ public:
     void eventThrew();
 
 private:
+    /// How far start-up is, which says who may use the startup object.
+    enum class Phase
+    {
+        BringUp,     ///< the init-context thread
+        GuiStageDue, ///< the GUI thread, once the event has arrived that starts the Gui stage
+        GuiStage,    ///< the GUI thread
+        Running,     ///< the GUI thread, if the event comes again
+        Shutdown,    ///< the init-context thread
+    };
+
     // On the init-context thread
     void createStartupObject();
     void bringUp();
@@ -63,9 +76,9 @@ private:
     // On the GUI thread
     void createGuiObject();
     void afterModules();
-    void afterGuiStage(const std::exception_ptr &thrown);
+    void runGuiStage(const std::function<void()> &stage);
+    void leaveEventLoop();
     void beginShutdown();
-    void leave();
 
     // On the thread whose turn it is
     void guarded(const char *step, const std::function<void()> &work);
@@ -80,8 +93,9 @@ private:
     VQMAnchorInterface m_anchor = {};
     std::unique_ptr<WatchedStartup> m_startup;
     std::unique_ptr<WatchedMainGui> m_gui;
-    bool m_failed = false; ///< start-up cannot go on
-    bool m_isIdle = false; ///< start-up is over and the shutdown has not begun
+    bool m_failed = false;          ///< start-up cannot go on
+    Phase m_phase = Phase::BringUp; ///< GUI thread only
+    bool m_isUp = false;
     bool m_isDown = false;
     VQMThread m_initThread; ///< last: it is stopped first
 };

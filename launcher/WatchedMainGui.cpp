@@ -9,8 +9,8 @@
 
 namespace Orvia {
 
-WatchedMainGui::WatchedMainGui(VQMIntegrationStartup *startup, GuiStageReturned returned)
-    : VQMMainGui(startup), m_returned(std::move(returned))
+WatchedMainGui::WatchedMainGui(VQMIntegrationStartup *startup, GuiStageRunner runner)
+    : VQMMainGui(startup), m_runner(std::move(runner))
 {
 }
 
@@ -18,14 +18,10 @@ bool WatchedMainGui::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() != static_cast<QEvent::Type>(eStartGui))
         return VQMMainGui::eventFilter(watched, event);
-    std::exception_ptr thrown;
-    try {
+    m_runner([this, watched, event] {
         const ExitGuard guard; // for the memory test
         VQMMainGui::eventFilter(watched, event);
-    } catch (...) {
-        thrown = std::current_exception();
-    }
-    m_returned(thrown);
+    });
     return true;
 }
 

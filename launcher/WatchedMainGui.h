@@ -2,24 +2,22 @@
 
 #include "gui/VQMMainGui.h"
 
-#include <exception>
 #include <functional>
 
 namespace Orvia {
 
-/// The GUI object, telling when the Gui stage has run: when the event has been handled, not merely delivered,
-/// for the stage may run event loops of its own. GUI thread.
+/// The GUI object; leaves it to its owner when and whether the Gui stage runs. GUI thread.
 class WatchedMainGui : public VQMMainGui
 {
 public:
-    using GuiStageReturned = std::function<void(const std::exception_ptr &thrown)>;
+    using GuiStageRunner = std::function<void(const std::function<void()> &stage)>;
 
-    /// `returned` gets what the stage threw, or null.
-    WatchedMainGui(VQMIntegrationStartup *startup, GuiStageReturned returned);
+    /// `runner` is called for every event that is to start the Gui stage; calling `stage` runs it.
+    WatchedMainGui(VQMIntegrationStartup *startup, GuiStageRunner runner);
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    GuiStageReturned m_returned;
+    GuiStageRunner m_runner;
 };
 
 } // namespace Orvia

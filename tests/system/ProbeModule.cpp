@@ -1,8 +1,13 @@
 /// A module that does one thing out of the ordinary, chosen by the environment variable VQM_TEST_PROBE.
 
+#include "gui/EGuiEventType.h"
+#include "gui/MainWidget.h"
+#include "gui/VQMMainGui.h"
 #include "registry/VQMModuleContract.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QEvent>
+#include <QPushButton>
 #include <QTimer>
 
 #include <cstdio>
@@ -31,6 +36,44 @@ void passGate()
     close(gate);
 }
 
+template <typename Work>
+void onGuiThread(Work work)
+{
+    QMetaObject::invokeMethod(qApp, work, Qt::BlockingQueuedConnection);
+}
+
+QPushButton *abortButton()
+{
+    const QWidgetList widgets = QApplication::allWidgets();
+    for (QWidget *widget : widgets) {
+        if (auto *button = qobject_cast<QPushButton *>(widget);
+            button != nullptr && !button->isHidden() && button->text() == "Abort")
+            return button;
+    }
+    return nullptr;
+}
+
+/// Says what the user sees: "seen:" and the windows with a name, "*" behind the main one, and the abort
+/// button.
+void describeWindows()
+{
+    QString seen;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (const QWidget *window : windows) {
+        if (!window->objectName().isEmpty())
+            seen += ' ' + window->objectName() + (window == Orvia::mainWidget() ? "*" : "");
+    }
+    seen += abortButton() != nullptr ? " Abort" : "";
+    std::fprintf(stderr, "seen:%s\n", qPrintable(seen));
+}
+
+void postStartGui()
+{
+    if (isAskedTo("start the Gui stage at all times"))
+        QCoreApplication::postEvent(Orvia::VQMMainGui::receiver,
+                                    new QEvent(static_cast<QEvent::Type>(Orvia::eStartGui)));
+}
+
 class ProbeModule : public Orvia::VQMDllModuleInterface
 {
 public:
@@ -47,6 +90,9 @@ public:
             passGate();
         else if (isAskedTo("throw later"))
             QTimer::singleShot(0, [] { throw std::runtime_error("too late"); });
+        else if (isAskedTo("describe the windows"))
+            onGuiThread(describeWindows);
+        postStartGui();
         return 0;
     }
     void modulesFinished() override
@@ -56,12 +102,28 @@ public:
         else if (isAskedTo("throw later on the GUI thread"))
             QTimer::singleShot(0, [] { throw 5; });
     }
+    void completeFinished() override
+    {
+        if (m_isUp)
+            std::fputs("up again\n", stderr);
+        else
+            postStartGui();
+        m_isUp = true;
+    }
+    void terminateModules() override
+    {
+        postStartGui();
+        if (isAskedTo("describe the windows"))
+            onGuiThread(describeWindows);
+    }
     void terminate(Orvia::VQMAnchorInterface *) override
     {
         if (isAskedTo("call the GUI thread"))
-            QMetaObject::invokeMethod(
-                qApp, [] {}, Qt::BlockingQueuedConnection);
+            onGuiThread([] {});
     }
+
+private:
+    bool m_isUp = false;
 };
 
 } // namespace
@@ -71,6 +133,8 @@ extern "C" __attribute__((visibility("default"))) const Orvia::VQMModuleInfo *VQ
     static const Orvia::VQMModuleInfo info = {{}, 0, 0, 1, "Probe", 5, Orvia::VQMBaseModule, 0, 0xFFFFFFFF};
     if (isAskedTo("wait in discovery"))
         passGate();
+    else if (isAskedTo("abort discovery"))
+        onGuiThread([] { abortButton()->click(); });
     return &info;
 }
 

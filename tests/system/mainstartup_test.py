@@ -10,6 +10,7 @@ from launcher_case import LauncherCase, MODULES
 
 MODES = ("--offscreen", "--headless")
 UNTIL_MODULES = ("--until", "modules finished")
+UNTIL_COMPLETE = ("--until", "complete finished")
 IN_ORDER = "mainstartup: shut down in order, exit code "
 
 
@@ -22,39 +23,68 @@ def initialized(*names):
     return [line for name in names for line in (f"Initializing {name}...", "...ok.")]
 
 
+def initialized_parts(kind, **parts):
+    return [line for name, own in parts.items()
+            for line in (f"Initializing {kind} {name}    Parts: {own}", "...ok.")]
+
+
 def terminated(*names, what="Terminate {}..."):
     return [line for name in names for line in (what.format(name), "...ok")]
 
 
 class StartAndShutdown(LauncherCase):
-    FILES = ["plugin", "gui", "database", "family4", "absent", "type2", "scpi", "base3"]
-    DISCOVERY = (found("plugin", 10000) + found("GuiDll", 7) + found("Database", 4)
-                 + ["family4.so module will be unloaded because it isn't necessary for this device!",
-                    f"Could not load module\\n{MODULES}/absent.so",
+    """The trace, a line at a time: (runs on the GUI thread, text)."""
+    FILES = ["plugin", "gui", "plugload256", "database", "family4", "loadable32", "absent", "type2", "scpi",
+             "plugload128", "base3", "loadable16"]
+    DISCOVERY = (found("plugin", 10000) + found("GuiDll", 7) + found("plugload256", 30) + found("Database", 4)
+                 + ["family4.so module will be unloaded because it isn't necessary for this device!"]
+                 + found("loadable32", 21)
+                 + [f"Could not load module\\n{MODULES}/absent.so",
                     "type2.so module will be unloaded because of wrong module type"]
-                 + found("ScpiDll", 6) + found("base3", 3))
+                 + found("ScpiDll", 6) + found("plugload128", 40) + found("base3", 3) + found("loadable16", 20))
     FIRST_PASS = ["initializeModules"] + initialized("base3", "Database", "ScpiDll")
-    PLUGINS_DOWN = (["Stage: terminate plugin loadables"] + terminated("plugin", what="Terminate Plugin: {}")
-                    + ["Stage: terminate loadables"])
+    GUI_PASS = ["initializeModules"] + initialized("GuiDll") + ["Stage: modules finished"]
+    DATABASE_PARTS = (
+        ["initializePlugIns"]
+        + initialized_parts("Loadable", loadable16="Database ", loadable32="Database ")
+        + ["Stage: loadables finished    Parts: Database "]
+        + initialized_parts("Plugin", plugin="Database ")
+        + ["Stage: plugins finished    Parts: Database "]
+        + initialized_parts("Plugin Loadable", plugload256="Database ")
+        + ["Stage: plugin loadables finished    Parts: Database "])
+    SCPI_AND_GUI_PARTS = (
+        ["initializePlugIns"]
+        + initialized_parts("Loadable", loadable16="Scpi ", loadable32="Scpi Gui ")
+        + ["Stage: loadables finished    Parts: Scpi Gui "]
+        + initialized_parts("Plugin", plugin="Gui ")
+        + ["Stage: plugins finished    Parts: Scpi Gui "]
+        + initialized_parts("Plugin Loadable", plugload128="Gui ")
+        + ["Stage: plugin loadables finished    Parts: Scpi Gui ", "Stage: complete finished"])
+    PLUGINS_DOWN = (["Stage: terminate plugin loadables"]
+                    + terminated("plugload256", "plugload128", what="Terminate Plugin: {}")
+                    + ["Stage: terminate plugins"] + terminated("plugin", what="Terminate Plugin: {}")
+                    + ["Stage: terminate loadables"]
+                    + terminated("loadable32", "loadable16", what="Terminate Plugin: {}"))
     MODULES_DOWN = terminated("GuiDll", "ScpiDll", "Database", "base3")
 
-    def test_trace_with_gui(self):
-        process, trace = self.run_traced(0, "-l", self.configure(*self.FILES), "--offscreen", *UNTIL_MODULES)
-        gui_stage = ["initializeModules"] + initialized("GuiDll") + ["Stage: modules finished"]
-        self.assertEqual([line for _, line in trace],
-                         self.DISCOVERY + self.FIRST_PASS + gui_stage + self.PLUGINS_DOWN
-                         + ["Stage: terminate modules"] + self.MODULES_DOWN)
-        self.assertEqual([line for on_gui_thread, line in trace if on_gui_thread], gui_stage)
+    def check(self, mode, gui_pass, modules_down):
+        process, trace = self.run_traced(0, "-l", self.configure(*self.FILES), mode, *UNTIL_COMPLETE)
+        expected = [(on_gui_thread, line) for on_gui_thread, lines in (
+            (False, self.DISCOVERY + self.FIRST_PASS + self.DATABASE_PARTS),
+            (True, gui_pass + self.SCPI_AND_GUI_PARTS),
+            (False, self.PLUGINS_DOWN + modules_down)) for line in lines]
+        self.assertEqual(trace, expected)
         self.assertTrue(process.errors.endswith(IN_ORDER + "0\n"), process.errors)
+        return process
 
-    def test_trace_headless(self):
+    def test_with_gui(self):
+        self.check("--offscreen", self.GUI_PASS, ["Stage: terminate modules"] + self.MODULES_DOWN)
+
+    def test_headless(self):
         """The Gui module stays down, and the alert of the absent file waits for nobody."""
-        process, trace = self.run_traced(6, "-l", self.configure(*self.FILES), "--headless", *UNTIL_MODULES)
-        expected = self.DISCOVERY + self.FIRST_PASS + self.PLUGINS_DOWN + self.MODULES_DOWN
-        self.assertEqual(trace, [(False, line) for line in expected])
-        for line in (f"Error: Loading Module DLL's: Could not load module {MODULES}/absent.so",
-                     "start-up ended without the stage given with --until", "shut down in order, exit code 6"):
-            self.assertIn(f"mainstartup: {line}\n", process.errors)
+        process = self.check("--headless", [], self.MODULES_DOWN)
+        self.assertIn(f"mainstartup: Error: Loading Module DLL's: Could not load module {MODULES}/absent.so\n",
+                      process.errors)
 
     def test_modules_go_before_their_libraries(self):
         self.run_to_end(0, "-l", self.configure("gui", "scpi", "base3"), "--offscreen", *UNTIL_MODULES)
@@ -68,6 +98,20 @@ class StartAndShutdown(LauncherCase):
             with self.subTest(file=file, mode=mode):
                 process = self.run_to_end(0, "-l", self.configure(file), mode, *UNTIL_MODULES)
                 self.assertNotIn("start-up is over", process.errors)
+
+    def test_goes_no_further_than_the_call_that_reaches_it(self):
+        calls = ["plugin initialize 1", "plugin initialize 6"]
+        for stage, number in (("modules", 0), ("loadables", 1), ("plugins", 1), ("plugin loadables", 1),
+                              ("complete", 2)):
+            with self.subTest(stage):
+                (self.folder / "log").unlink(missing_ok=True)
+                self.run_to_end(0, "-l", self.configure("plugin"), "--headless", "--until", f"{stage} finished")
+                self.assertEqual(self.module_log("initialize"), calls[:number])
+
+    def test_not_reached(self):
+        process = self.run_to_end(6, "-l", self.configure("gui"), "--headless", *UNTIL_MODULES)
+        self.assertIn("start-up ended without the stage given with --until", process.errors)
+        self.assertIn(IN_ORDER + "6", process.errors)
 
     def test_progress_in_a_log(self):
         """A line for every ten percent at most."""
@@ -115,6 +159,26 @@ class FailingModules(LauncherCase):
         """A module that reports a failure does not keep the others from running."""
         self.check(5, "initialization of the base modules ended with status 5",
                    ["base3", "status5", "gui"], ["gui", "status5", "base3"])
+
+    def test_status_of_a_plug_in(self):
+        """The call for its part ends there, start-up goes on."""
+        for failing, calls in (("database_part_fails", ["database_part_fails initialize 1", "plugin initialize 6"]),
+                               ("gui_part_fails", ["plugin initialize 1", "gui_part_fails initialize 6"])):
+            with self.subTest(failing):
+                (self.folder / "log").unlink(missing_ok=True)
+                process = self.run_to_end(5, "-l", self.configure("base3", failing, "plugin"), "--headless",
+                                          *UNTIL_COMPLETE)
+                self.assertIn("initialization of the plug-ins ended with status 5\n", process.errors)
+                self.assertEqual(self.module_log("initialize", "completeFinished"), [
+                    "base3 initialize -1", *calls, "base3 completeFinished", f"{failing} completeFinished",
+                    "plugin completeFinished"])
+
+    def test_plug_in_throws_in_the_database_call(self):
+        """The Gui stage does not begin."""
+        process = self.run_to_end(5, "-l", self.configure("base3", "throws_in_database_part", "gui"), "--offscreen")
+        self.assertIn("initialization of the plug-ins threw: throws_in_database_part\n", process.errors)
+        self.assertEqual(self.module_log("initialize", "terminate"), [
+            "base3 initialize -1", "throws_in_database_part initialize 1", "base3 terminate"])
 
 
 class CommandLine(LauncherCase):

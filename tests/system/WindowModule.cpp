@@ -1,0 +1,84 @@
+/// A Gui module with a window; VQM_TEST_WINDOW chooses what happens once start-up is complete.
+
+#include "registry/VQMModuleContract.h"
+#include "tests/modules/ModuleLog.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QLabel>
+#include <QTimer>
+
+#include <memory>
+#include <string_view>
+
+namespace {
+
+bool isAskedTo(std::string_view what)
+{
+    const char *chosen = std::getenv("VQM_TEST_WINDOW");
+    return chosen != nullptr && what == chosen;
+}
+
+class WindowModule : public Orvia::VQMDllModuleInterface
+{
+public:
+    Orvia::VQMModuleVersion *getInterfaceVersion() override
+    {
+        static Orvia::VQMModuleVersion version(0, 0, 1);
+        return &version;
+    }
+    const char *getModuleName() override { return "GuiDll"; }
+    int getModuleId() override { return Orvia::VQMGuiId; }
+    int initialize(Orvia::VQMAnchorInterface *, int) override
+    {
+        m_window = std::make_unique<QLabel>("The window");
+        m_window->setObjectName("window");
+        m_window->resize(320, 200);
+        return 0;
+    }
+    QWidget *getMainWidget() override { return m_window.get(); }
+    void startGui(Orvia::VQMAnchorInterface *) override
+    {
+        moduleLog("startGui");
+        if (m_window != nullptr && !isAskedTo("stay hidden"))
+            m_window->show();
+    }
+    void completeFinished() override
+    {
+        if (isAskedTo("close"))
+            QTimer::singleShot(0, m_window.get(), [this] { m_window->close(); });
+        else if (isAskedTo("run an event loop"))
+            QTimer::singleShot(0, qApp, &WindowModule::runEventLoop);
+    }
+    void terminate(Orvia::VQMAnchorInterface *) override
+    {
+        moduleLog("terminate");
+        QMetaObject::invokeMethod(
+            qApp, [this] { m_window.reset(); }, Qt::BlockingQueuedConnection);
+    }
+
+private:
+    static void runEventLoop()
+    {
+        std::fputs("in an event loop\n", stderr);
+        QEventLoop().exec();
+        moduleLog("leftEventLoop");
+    }
+
+    std::unique_ptr<QLabel> m_window;
+};
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) const Orvia::VQMModuleInfo *VQMGetModuleInfo()
+{
+    static const Orvia::VQMModuleInfo info = {
+        {}, 0, 0, 1, "GuiDll", Orvia::VQMGuiId, Orvia::VQMBaseModule, 0, 0xFFFFFFFF};
+    return &info;
+}
+
+extern "C" __attribute__((visibility("default"))) Orvia::VQMModuleInterface *
+VQMCreateModuleInterfaceInstance(int)
+{
+    return new WindowModule;
+}
