@@ -23,6 +23,8 @@ public:
     static constexpr int interfaceMajor = 2;
 
     using Listener = std::function<void(const SettingsMap &changed)>;
+    /// Judges what is about to be set: false refuses all of it. May add to `changed` what has to follow.
+    using Rule = std::function<bool(SettingsMap *changed)>;
 
     /// The database of this instrument, not owned; null when there is none, or one with another interface.
     static SettingsDatabase *of(const VQMAnchorInterface *anchor)
@@ -37,8 +39,9 @@ public:
     virtual std::string value(const std::string &key, const std::string &defaultValue) const = 0; // 22
 
     /// Sets all values in one transaction and returns once they are on the disk. False, with the error
-    /// signalled and nothing changed, when they could not be written.
-    virtual bool set(const SettingsMap &values) = 0; // 23
+    /// signalled and nothing changed, when a rule refuses them (`refused`, if given, is then true) or they
+    /// could not be written.
+    virtual bool set(const SettingsMap &values, bool *refused = nullptr) = 0; // 23
 
     /// Calls `listener` after every set(), in the order of the transactions, on the thread that called set()
     /// and before that returns. A listener may read but not set, subscribe or unsubscribe. Returns the
@@ -46,6 +49,13 @@ public:
     virtual int subscribe(Listener listener) = 0; // 24
     /// Once this has returned the listener is called no more.
     virtual void unsubscribe(int subscription) = 0; // 25
+
+    /// Asks `rule` before every set(), on the thread that called set(). Rules added later are asked first, so
+    /// that the earlier ones judge what they have added. A rule may read but do nothing else here. Returns a
+    /// number for removeRule().
+    virtual int addRule(Rule rule) = 0; // 26
+    /// Once this has returned the rule is asked no more.
+    virtual void removeRule(int number) = 0; // 27
 };
 
 } // namespace Orvia

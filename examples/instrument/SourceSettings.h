@@ -2,7 +2,9 @@
 
 #include "examples/instrument/SettingsDatabase.h"
 
+#include <algorithm>
 #include <charconv>
+#include <initializer_list>
 #include <string>
 
 namespace Orvia {
@@ -30,15 +32,36 @@ inline std::string numberText(double number)
     return std::string(text, end.ptr);
 }
 
-/// The stored number; the default when there is none, or one that is not in the range.
-inline double storedNumber(const SettingsDatabase &settings, const NumberSetting &setting)
+/// The number that `text` spells; the default when it spells none, or one that is not in the range.
+inline double settingNumber(const std::string &text, const NumberSetting &setting)
 {
-    const std::string text = settings.value(setting.key, std::string());
     double number = setting.defaultValue;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool valid = error == std::errc() && end == text.data() + text.size() &&
                        number >= setting.minimum && number <= setting.maximum;
     return valid ? number : setting.defaultValue;
+}
+
+/// The stored number, or the default.
+inline double storedNumber(const SettingsDatabase &settings, const NumberSetting &setting)
+{
+    return settingNumber(settings.value(setting.key, std::string()), setting);
+}
+
+/// Whether one of the settings is about to be set. A rule keeps out of all else: what was stored before it
+/// was there may break it, and that must not keep other settings from being set.
+inline bool concerns(const SettingsMap &changed, std::initializer_list<NumberSetting> settings)
+{
+    return std::any_of(settings.begin(), settings.end(),
+                       [&changed](const NumberSetting &setting) { return changed.contains(setting.key); });
+}
+
+/// What storedNumber() will be once `changed` is set.
+inline double numberAfter(const SettingsDatabase &settings, const SettingsMap &changed,
+                          const NumberSetting &setting)
+{
+    const auto found = changed.find(setting.key);
+    return found != changed.end() ? settingNumber(found->second, setting) : storedNumber(settings, setting);
 }
 
 inline SettingsMap defaultSourceSettings()

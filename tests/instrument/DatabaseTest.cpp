@@ -165,6 +165,38 @@ TEST_F(DatabaseTest, AllSettingsOfATransactionAreSetOrNone)
     EXPECT_EQ(error.code, 61002);
 }
 
+TEST_F(DatabaseTest, RulesJudgeAndCompleteWhatIsSetTheLatestFirst)
+{
+    Database database;
+    const int limit = database->addRule([&](SettingsMap *changed) {
+        return !changed->contains("b") || changed->at("b") < database->value("limit", "5");
+    });
+    const int follow = database->addRule([](SettingsMap *changed) {
+        if (changed->contains("a"))
+            changed->insert_or_assign("b", changed->at("a"));
+        return true;
+    });
+    SettingsMap told;
+    const int subscription = database->subscribe([&told](const SettingsMap &changed) { told = changed; });
+    bool refused = true;
+    EXPECT_TRUE(database->set({{"a", "4"}}, &refused));
+    EXPECT_FALSE(refused);
+    EXPECT_THAT(told, ElementsAre(Pair("a", "4"), Pair("b", "4")));
+    EXPECT_FALSE(database->set({{"a", "7"}}, &refused));
+    EXPECT_TRUE(refused);
+    EXPECT_EQ(database->value("a", ""), "4");
+    CErrorManager::Announcement error;
+    ASSERT_TRUE(ErrorManager()->takeScpiError(&error));
+    EXPECT_EQ(error.scpiCode, -221);
+
+    database->removeRule(limit);
+    EXPECT_TRUE(database->set({{"a", "7"}}));
+    database->removeRule(follow);
+    EXPECT_TRUE(database->set({{"a", "8"}}));
+    EXPECT_EQ(database->value("b", ""), "7");
+    database->unsubscribe(subscription);
+}
+
 TEST_F(DatabaseTest, WhatWasConfirmedSurvivesKill)
 {
     int pipeEnds[2];
@@ -264,17 +296,6 @@ TEST_F(DatabaseTest, ListenersHearEveryTransactionOnceAndInOrder)
     database->unsubscribe(subscription);
     database->set({{"shared", "unheard"}});
     EXPECT_NE(heard.back(), "unheard");
-}
-
-TEST_F(DatabaseTest, ListeningModuleMayGoBeforeTheDatabase)
-{
-    Database database;
-    {
-        const Module gui(GUI_MODULE, VQMGuiId, &database.anchor, &database.anchor.guiModule);
-        EXPECT_EQ(gui.status, 0);
-        EXPECT_TRUE(database->set({{"a", "heard"}}));
-    }
-    EXPECT_TRUE(database->set({{"a", "not heard"}})); // or the code of a closed library would run
 }
 
 TEST_F(DatabaseTest, OnlyAModuleWithThisInterfaceIsTakenForTheDatabase)

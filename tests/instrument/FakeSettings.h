@@ -2,9 +2,11 @@
 
 #include "examples/instrument/SettingsDatabase.h"
 
+#include <utility>
+
 namespace Orvia {
 
-/// Settings in memory, with a disk that can be made to fail.
+/// Settings in memory, with a disk that can be made to fail. One rule, one listener, no locks.
 class FakeSettings : public SettingsDatabase
 {
 public:
@@ -19,19 +21,37 @@ public:
         const auto found = values.find(key);
         return found != values.end() ? found->second : defaultValue;
     }
-    bool set(const SettingsMap &changed) override
+    bool set(const SettingsMap &wanted, bool *refused) override
     {
-        if (diskFails)
+        SettingsMap changed = wanted;
+        const bool conflict = rule && !rule(&changed);
+        if (refused != nullptr)
+            *refused = conflict;
+        if (conflict || diskFails)
             return false;
         for (const auto &[key, text] : changed)
             values[key] = text;
+        if (listener)
+            listener(changed);
         return true;
     }
-    int subscribe(Listener) override { return 0; }
-    void unsubscribe(int) override {}
+    int subscribe(Listener subscribed) override
+    {
+        listener = std::move(subscribed);
+        return 1;
+    }
+    void unsubscribe(int) override { listener = nullptr; }
+    int addRule(Rule added) override
+    {
+        rule = std::move(added);
+        return 1;
+    }
+    void removeRule(int) override { rule = nullptr; }
 
     SettingsMap values;
     bool diskFails = false;
+    Listener listener;
+    Rule rule;
 
 private:
     VQMModuleVersion m_version{interfaceMajor, 0, 0};

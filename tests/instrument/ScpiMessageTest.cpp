@@ -44,7 +44,7 @@ int errorOf(const std::function<void()> &parse)
 
 int frequencyError(std::string_view text)
 {
-    return errorOf([text] { parseSetting(text, frequencySetting, frequencySuffixes); });
+    return errorOf([text] { parseSetting(text, frequencySetting, ScpiQuantity::Frequency); });
 }
 
 } // namespace
@@ -97,8 +97,8 @@ TEST(ScpiNumberTest, ReadsDecimalNumbersWithUnits)
         {"MIN", 100e3},     {"MAXimum", 6e9},         {"default", 1e9},
         {"6E9", 6e9}};
     for (const auto &[text, expected] : frequencies)
-        EXPECT_DOUBLE_EQ(parseSetting(text, frequencySetting, frequencySuffixes), expected) << text;
-    EXPECT_EQ(parseSetting("-12.5 dBm", levelSetting, levelSuffixes), -12.5);
+        EXPECT_DOUBLE_EQ(parseSetting(text, frequencySetting, ScpiQuantity::Frequency), expected) << text;
+    EXPECT_EQ(parseSetting("-12.5 dBm", levelSetting, ScpiQuantity::Level), -12.5);
     EXPECT_EQ(parseRegister("254.6"), 255);
     EXPECT_TRUE(parseBoolean("ON") && parseBoolean("1") && parseBoolean("-7"));
     EXPECT_FALSE(parseBoolean("off") || parseBoolean("0") || parseBoolean("0.4"));

@@ -1,6 +1,7 @@
 #include "examples/instrument/ScpiDll/ScpiSession.h"
 
 #include "examples/instrument/ScpiDll/ScpiError.h"
+#include "examples/instrument/ScpiDll/ScpiExtensions.h"
 #include "examples/instrument/SourceSettings.h"
 #include "platform/ErrorManager.h"
 #include "tests/instrument/FakeSettings.h"
@@ -26,7 +27,9 @@ protected:
 
     FakeSettings settings;
     int selfTestResult = 0;
-    ScpiInstrument instrument{settings, "Orvia,SG-100,1,1.0.0", [this] { return selfTestResult; }};
+    ScpiExtensions extensions;
+    ScpiInstrument instrument{settings, "Orvia,SG-100,1,1.0.0", [this] { return selfTestResult; },
+                              extensions};
     ScpiSession session{instrument};
 };
 
@@ -132,6 +135,35 @@ TEST_F(ScpiSessionTest, SettingThatCannotBeSavedIsADeviceError)
     ask("POW 3");
     settings.diskFails = true;
     EXPECT_EQ(ask("POW 5;POW?;*ESR?"), "3;8");
+}
+
+TEST_F(ScpiSessionTest, ModulesAddCommandsAndTakeThemOut)
+{
+    const NumberSetting delay = {"test/delay", 1e-9, 10, 1};
+    const int owner = 0;
+    const int other = 0;
+    extensions.add(&owner, {{{"[:SOURce]:TEST:DELay", delay, ScpiQuantity::Time},
+                             {"[:SOURce]:TEST:STATe", {"test/state", 0, 1, 0}, ScpiQuantity::Switch},
+                             {"[:SOURce]:TEST:COUNt", {"test/count", 0, 9, 2}, ScpiQuantity::Count}},
+                            {}});
+    extensions.add(&other,
+                   {{}, {{"[:SOURce]:TEST:THIRd?", [](const SettingsDatabase &) { return 0.1 * 3; }}}});
+
+    ask("SOUR:TEST:DELAY 3 NS;STATE ON;COUNT 2.6"); // 3 * 1e-9 would not be 3e-9
+    EXPECT_EQ(ask("TEST:DEL?;DEL? MAX;STAT?;COUN?;THIR?"), "0.000000003;10;1;3;0.3");
+    ask("*CLS;TEST:COUNT 2 S;:TEST:DEL 11;STAT? MIN");
+    EXPECT_EQ(ask("SYST:ERR?;ERR?;ERR?;ERR?"),
+              "-138,\"Suffix not allowed;2 S\";0,\"No error\";0,\"No error\";"
+              "0,\"No error\"");
+    EXPECT_EQ(ask("*RST;TEST:DEL?;STAT?;COUN?"), "1;0;2");
+
+    settings.rule = [](SettingsMap *changed) { return !changed->contains("test/delay"); };
+    EXPECT_EQ(ask("*CLS;TEST:DEL 2;COUN 4;DEL?;COUN?;*ESR?"), "1;4;16");
+
+    extensions.remove(&owner);
+    EXPECT_EQ(ask("TEST:THIR?;:TEST:DEL?"), "0.3");
+    EXPECT_EQ(ask("SYST:ERR?"), "-113,\"Undefined header;TEST:DEL?\"");
+    EXPECT_EQ(extensions.defaults(), SettingsMap());
 }
 
 TEST_F(ScpiSessionTest, DamagedSettingsGiveWayToTheDefaults)

@@ -66,12 +66,61 @@ class Commands(RunningInstrument):
         self.assertEqual(answers, [True] * (8 * 20 * 2))
 
     def test_refused_and_option_bound_modules(self):
-        for name, loaded in {"RefClock": True, "PulseMod": False, "PowerMeter": False, "ServiceCounter": False}.items():
-            self.assertEqual(self.instrument.has_logged(f"Initializing {name}..."), loaded, name)
+        for name, loaded in {"RefClock...": True, "Loadable CableLoss": True, "Plugin Loadable PulseTrain": False,
+                             "PowerMeter...": False, "ServiceCounter...": False}.items():
+            self.assertEqual(self.instrument.has_logged(f"Initializing {name}"), loaded, name)
         for line in ("PowerMeter.so module will be unloaded because it isn't necessary for this device!",
                      "ServiceCounter.so module will be unloaded because of wrong module type"):
             self.assertTrue(self.instrument.has_logged(line), line)
-        self.assertFalse(self.instrument.has_logged("PulseMod"))
+        self.assertFalse(self.instrument.has_logged("PulseTrain"))
+
+
+class Extensions(RunningInstrument):
+    def conflicts(self, client, message):
+        client.send(message)
+        return client.errors() == [-221] and client.ask("*ESR?") == "16"
+
+    def test_modulations(self):
+        with self.instrument.client() as client:
+            self.assertEqual(client.ask("AM:STAT?;DEPT?;FREQ?;:PULM:STAT?;PER?;WIDT?"),
+                             "0;30;1000;0;0.00001;0.000001")
+            client.send("SOUR:AM:STATE ON;DEPTH 55.5 PCT;FREQ 2.5 KHZ;:PULM:STAT 1;PERIOD 100 US;WIDTH 20 US")
+            values = "1;55.5;2500;1;0.0001;0.00002"
+            self.assertEqual(client.ask("AM:STAT?;DEPT?;FREQ?;:PULM:STAT?;PER?;WIDT?"), values)
+            self.assertTrue(self.conflicts(client, "PULM:WIDT 100 US"))
+            self.assertTrue(self.conflicts(client, "PULM:PER 20 US"))
+            self.assertTrue(self.conflicts(client, "POW 18")) # + 3.8 dB at the peaks
+            self.assertEqual(client.ask("AM:STAT OFF;:POW 18;POW?"), "18")
+            self.assertTrue(self.conflicts(client, "AM:STAT ON"))
+            client.send("POW 0;:AM:STAT ON;DEPT 101;FREQ 1 S")
+            self.assertEqual(client.errors(), [-222, -131])
+            for ended_with in (signal.SIGTERM, signal.SIGKILL):
+                self.instrument.stop(ended_with)
+                self.instrument.start()
+                with self.instrument.client() as again:
+                    self.assertEqual(again.ask("AM:STAT?;DEPT?;FREQ?;:PULM:STAT?;PER?;WIDT?"), values)
+        with self.instrument.client() as client:
+            self.assertEqual(client.ask("*RST;:AM:STAT?;DEPT?;FREQ?;:PULM:STAT?;PER?;WIDT?"),
+                             "0;30;1000;0;0.00001;0.000001")
+        self.assertEndsWell()
+
+    def test_loadables(self):
+        self.assertEndsWell()
+        self.instrument.set_property("installedOptions", "REFCLOCK|CORRECTION|TRAIN")
+        self.instrument.start()
+        with self.instrument.client() as client:
+            self.assertEqual(client.ask("POW 3;FREQ 4 GHZ;CORR:LOSS 1.25 DB;LEV?;STAT ON;LEV?"), "3;0.5")
+            self.assertEqual(client.ask("FREQ:STAR 1 GHZ;STOP 2 GHZ;:SWE:POIN 11;STEP?"), "100000000")
+            self.assertTrue(self.conflicts(client, "FREQ:STOP 1 GHZ"))
+            self.assertEqual(client.ask("AM:PROF 2;DEPT?;FREQ?;PROF?;DEPT 50;PROF?"), "80;1000;2;0")
+            self.assertEqual(client.ask("AM:STAT ON;:POW 16;POW?"), "16")
+            self.assertTrue(self.conflicts(client, "AM:PROF 2")) # the depth that it brings
+            self.assertEqual(client.ask("PULM:TRA:COUN 3;PAUS 1 MS;DUR?"), "0.00103")
+        self.assertEndsWell()
+        names = ("PulseTrain", "AmProfile", "PulseMod", "AmMod", "FreqSweep", "CableLoss")
+        lines = [self.instrument.log.index(next(line for line in self.instrument.log if text in line))
+                 for text in [f"{name}: taken down" for name in names]]
+        self.assertEqual(lines, sorted(lines), names)
 
 
 class HostileClients(RunningInstrument):
@@ -162,12 +211,12 @@ class Persistence(RunningInstrument):
             with self.instrument.client() as client:
                 self.assertGreaterEqual(float(client.ask("POW?")), confirmed)
 
-    def test_gui_module_follows_the_settings(self):
+    def test_with_the_front_panel(self):
         self.assertEndsWell()
         self.instrument.start("--offscreen")
         with self.instrument.client() as client:
-            client.send("POW -1.5")
-            self.instrument.wait_for("GUI: source/level is -1.5")
+            self.assertEqual(client.ask("POW -1.5;:AM:DEPT 40;:PULM:STAT ON;*RST;:AM:DEPT?;:PULM:STAT?"), "30;0")
+        self.assertTrue(self.instrument.has_logged("PulseMod: Gui part is up"))
         self.assertEndsWell()
         self.assertTrue(self.instrument.has_logged("GUI: terminated"))
 

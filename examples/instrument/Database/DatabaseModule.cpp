@@ -4,7 +4,9 @@
 #include "platform/VQMProperties.h"
 
 #include <QDir>
+#include <QStringList>
 
+#include <algorithm>
 #include <future>
 #include <utility>
 
@@ -23,11 +25,13 @@ enum DatabaseError
 {
     CannotOpen = 61001,
     CannotWrite = 61002,
+    Refused = 61003,
 };
 
 constexpr CErrorManager::SErrorDefinition databaseErrors[] = {
     {CannotOpen, 1, -320, 0, "Storage fault", "The settings database cannot be opened", ""},
     {CannotWrite, 1, -320, 0, "Storage fault", "Settings cannot be saved", ""},
+    {Refused, 1, -221, 0, "Settings conflict", "", ""},
     {-1, 0, 0, 0, "", "", ""},
 };
 
@@ -36,6 +40,14 @@ QString databaseFile()
     const QString name =
         VQMProperties::getStringProperty("Database", "file", "instrument.sqlite", 0, nullptr);
     return QDir(VQMProperties::directory()).absoluteFilePath(name);
+}
+
+QString keysOf(const SettingsMap &values)
+{
+    QStringList keys;
+    for (const auto &[key, text] : values)
+        keys += QString::fromStdString(key);
+    return keys.join(", ");
 }
 
 } // namespace
@@ -81,9 +93,17 @@ std::string DatabaseModule::value(const std::string &key, const std::string &def
     return found != m_values.end() ? found->second : defaultValue;
 }
 
-bool DatabaseModule::set(const SettingsMap &values)
+bool DatabaseModule::set(const SettingsMap &wanted, bool *refused)
 {
     const std::lock_guard lock(m_writeMutex);
+    SettingsMap values = wanted;
+    const bool conflict = !fulfilsRules(&values);
+    if (refused != nullptr)
+        *refused = conflict;
+    if (conflict) {
+        ErrorManager()->signal(Refused, keysOf(wanted));
+        return false;
+    }
     QString error = "the database is not open";
     if (m_writer == nullptr || !runOnWriter([&] { return m_file.write(values, &error); })) {
         ErrorManager()->signal(CannotWrite, error);
@@ -103,14 +123,33 @@ bool DatabaseModule::set(const SettingsMap &values)
 int DatabaseModule::subscribe(Listener listener)
 {
     const std::lock_guard lock(m_writeMutex);
-    m_listeners.emplace(++m_lastSubscription, std::move(listener));
-    return m_lastSubscription;
+    m_listeners.emplace(++m_lastNumber, std::move(listener));
+    return m_lastNumber;
 }
 
 void DatabaseModule::unsubscribe(int subscription)
 {
     const std::lock_guard lock(m_writeMutex);
     m_listeners.erase(subscription);
+}
+
+int DatabaseModule::addRule(Rule rule)
+{
+    const std::lock_guard lock(m_writeMutex);
+    m_rules.emplace(++m_lastNumber, std::move(rule));
+    return m_lastNumber;
+}
+
+void DatabaseModule::removeRule(int number)
+{
+    const std::lock_guard lock(m_writeMutex);
+    m_rules.erase(number);
+}
+
+bool DatabaseModule::fulfilsRules(SettingsMap *values) const
+{
+    return std::all_of(m_rules.rbegin(), m_rules.rend(),
+                       [values](const auto &rule) { return rule.second(values); });
 }
 
 bool DatabaseModule::runOnWriter(std::function<bool()> work)

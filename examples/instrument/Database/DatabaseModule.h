@@ -25,19 +25,23 @@ public:
     void terminate(VQMAnchorInterface *anchor) override;
 
     std::string value(const std::string &key, const std::string &defaultValue) const override;
-    bool set(const SettingsMap &values) override;
+    bool set(const SettingsMap &values, bool *refused) override;
     int subscribe(Listener listener) override;
     void unsubscribe(int subscription) override;
+    int addRule(Rule rule) override;
+    void removeRule(int number) override;
 
 private:
+    bool fulfilsRules(SettingsMap *values) const;
     bool runOnWriter(std::function<bool()> work);
     void close();
 
-    std::mutex m_writeMutex; ///< one transaction at a time; guards what is here down to m_lastSubscription
+    std::mutex m_writeMutex; ///< one transaction at a time; guards what is here down to m_lastNumber
     std::unique_ptr<VQMThread> m_writer; ///< null while the file is not open
     SettingsFile m_file;                 ///< used on m_writer alone
     std::map<int, Listener> m_listeners;
-    int m_lastSubscription = 0;
+    std::map<int, Rule> m_rules;
+    int m_lastNumber = 0; ///< of a subscription or rule
 
     mutable std::mutex m_valuesMutex; ///< locked last, never while anything is called
     SettingsMap m_values;

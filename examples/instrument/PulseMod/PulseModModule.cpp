@@ -1,33 +1,49 @@
-#include "examples/instrument/ModuleBase.h"
-#include "examples/instrument/SettingsDatabase.h"
-#include "examples/instrument/SourceSettings.h"
+#include "examples/instrument/Extension/Extension.h"
+#include "examples/instrument/Extension/SettingsPage.h"
+#include "examples/instrument/PulseMod/PulseSettings.h"
 
 namespace Orvia {
 
 namespace {
 
-constexpr VQMModuleInfo moduleInfo = {{0, 0}, 1, 0, 0, "PulseMod", 21, VQMBaseModule, 0, signalGenerators};
+constexpr VQMModuleInfo moduleInfo = {
+    {0, 0}, 1, 0, 0, "PulseMod", 51, VQMPlugIn, VQMDatabasePart | VQMScpiPart | VQMGuiPart, signalGenerators};
 
-constexpr NumberSetting pulseWidth = {"pulse/width", 20e-9, 1.0, 1e-6}; // in s
+bool keepsWidthBelowPeriod(const SettingsDatabase &settings, SettingsMap *changed)
+{
+    return !concerns(*changed, {pulseWidthSetting, pulsePeriodSetting}) ||
+           numberAfter(settings, *changed, pulseWidthSetting) <
+               numberAfter(settings, *changed, pulsePeriodSetting);
+}
+
+constexpr Unit time[] = {{"s", 0}, {"ms", -3}, {"µs", -6}, {"ns", -9}};
+constexpr SettingsPageRow rows[] = {
+    {QT_TRANSLATE_NOOP("PulsePage", "Period"), {pulsePeriodSetting, 10, time}, -6},
+    {QT_TRANSLATE_NOOP("PulsePage", "Width"), {pulseWidthSetting, 10, time}, -7},
+};
+constexpr SettingsPageContent page = {"PulsePage", QT_TRANSLATE_NOOP("PulsePage", "Pulse"),
+                                      QT_TRANSLATE_NOOP("PulsePage", "Pulse modulation"), pulseStateSetting,
+                                      rows};
+
+ExtensionContent content()
+{
+    return {.rule = keepsWidthBelowPeriod,
+            .commands = {.settings = {{"[:SOURce]:PULM:STATe", pulseStateSetting, ScpiQuantity::Switch},
+                                      {"[:SOURce]:PULM:PERiod", pulsePeriodSetting, ScpiQuantity::Time},
+                                      {"[:SOURce]:PULM:WIDTh", pulseWidthSetting, ScpiQuantity::Time}},
+                         .queries = {}},
+            .createPage = [](SettingsDatabase *settings) -> QWidget * {
+                return new SettingsPage(settings, page);
+            }};
+}
 
 } // namespace
 
-/// The pulse modulator, option PULSE: takes up the pulse width that was set last.
-class PulseModModule final : public ModuleBase<>
+/// Pulse modulation by the internal pulse generator.
+class PulseModModule final : public Extension
 {
 public:
-    explicit PulseModModule(int id) : ModuleBase(moduleInfo, id) {}
-
-    int initialize(VQMAnchorInterface *anchor, int /*parts*/) override
-    {
-        const SettingsDatabase *settings = SettingsDatabase::of(anchor);
-        const double width =
-            settings != nullptr ? storedNumber(*settings, pulseWidth) : pulseWidth.defaultValue;
-        log(QString("Pulse modulator: width %1 ns").arg(width * 1e9));
-        return 0;
-    }
-
-    void terminate(VQMAnchorInterface * /*anchor*/) override { log("Pulse modulator: off"); }
+    explicit PulseModModule(int id) : Extension(moduleInfo, id, content()) {}
 };
 
 } // namespace Orvia

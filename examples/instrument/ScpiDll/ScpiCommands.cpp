@@ -1,9 +1,11 @@
 #include "examples/instrument/ScpiDll/ScpiCommands.h"
 
 #include "examples/instrument/ScpiDll/ScpiError.h"
+#include "examples/instrument/ScpiDll/ScpiExtensions.h"
 #include "examples/instrument/ScpiDll/ScpiMessage.h"
 #include "examples/instrument/ScpiDll/ScpiNumber.h"
 #include "examples/instrument/ScpiDll/ScpiSession.h"
+#include "examples/instrument/ScpiDll/ScpiSettings.h"
 #include "examples/instrument/SourceSettings.h"
 
 namespace Orvia {
@@ -11,14 +13,6 @@ namespace Orvia {
 namespace {
 
 using Parameters = std::vector<std::string_view>;
-
-void store(ScpiSession &session, const SettingsMap &values)
-{
-    if (session.instrument().settings.set(values))
-        return;
-    // The database has put the storage fault into the error queue itself.
-    session.addEvent(ScpiSession::DeviceError);
-}
 
 std::string clearStatus(ScpiSession &session, const Parameters &)
 {
@@ -60,7 +54,9 @@ std::string completion(ScpiSession &, const Parameters &)
 
 std::string reset(ScpiSession &session, const Parameters &)
 {
-    store(session, defaultSourceSettings());
+    SettingsMap defaults = defaultSourceSettings();
+    defaults.merge(session.instrument().extensions.defaults());
+    session.store(defaults);
     return {};
 }
 
@@ -100,36 +96,6 @@ std::string scpiVersion(ScpiSession &, const Parameters &)
     return "1999.0";
 }
 
-template <const NumberSetting &setting, const auto &suffixes>
-std::string setNumber(ScpiSession &session, const Parameters &parameters)
-{
-    store(session, {{setting.key, numberText(parseSetting(parameters[0], setting, suffixes))}});
-    return {};
-}
-
-/// With a parameter (MINimum, MAXimum, DEFault): the number that it stands for.
-template <const NumberSetting &setting>
-std::string number(ScpiSession &session, const Parameters &parameters)
-{
-    if (parameters.empty())
-        return numberText(storedNumber(session.instrument().settings, setting));
-    const std::optional<double> named = namedValue(parameters[0], setting);
-    if (!named)
-        throw ScpiError{ScpiDataTypeError, std::string(parameters[0])};
-    return numberText(*named);
-}
-
-std::string setOutput(ScpiSession &session, const Parameters &parameters)
-{
-    store(session, {{outputKey, parseBoolean(parameters[0]) ? "1" : "0"}});
-    return {};
-}
-
-std::string output(ScpiSession &session, const Parameters &)
-{
-    return session.instrument().settings.value(outputKey, "0");
-}
-
 struct Command
 {
     const char *header;
@@ -154,33 +120,32 @@ constexpr Command commands[] = {
     {"*WAI", 0, 0, waitForCompletion},
     {":SYSTem:ERRor[:NEXT]?", 0, 0, nextError},
     {":SYSTem:VERSion?", 0, 0, scpiVersion},
-    {"[:SOURce]:FREQuency[:CW]", 1, 1, setNumber<frequencySetting, frequencySuffixes>},
-    {"[:SOURce]:FREQuency[:CW]?", 0, 1, number<frequencySetting>},
-    {"[:SOURce]:POWer[:LEVel]", 1, 1, setNumber<levelSetting, levelSuffixes>},
-    {"[:SOURce]:POWer[:LEVel]?", 0, 1, number<levelSetting>},
-    {":OUTPut[:STATe]", 1, 1, setOutput},
-    {":OUTPut[:STATe]?", 0, 0, output},
 };
 
-const Command &findCommand(const std::string &header)
-{
-    for (const Command &command : commands) {
-        if (matchesHeader(command.header, header))
-            return command;
-    }
-    throw ScpiError{ScpiUndefinedHeader, header};
-}
+constexpr ScpiSetting sourceSettings[] = {
+    {"[:SOURce]:FREQuency[:CW]", frequencySetting, ScpiQuantity::Frequency},
+    {"[:SOURce]:POWer[:LEVel]", levelSetting, ScpiQuantity::Level},
+    {":OUTPut[:STATe]", {outputKey, 0, 1, 0}, ScpiQuantity::Switch},
+};
 
 } // namespace
 
 std::string runScpiCommand(ScpiSession *session, const ScpiUnit &unit)
 {
-    const Command &command = findCommand(unit.header);
-    if (unit.parameters.size() < command.minParameters)
-        throw ScpiError{ScpiMissingParameter, unit.header};
-    if (unit.parameters.size() > command.maxParameters)
-        throw ScpiError{ScpiParameterNotAllowed, unit.header};
-    return command.run(*session, unit.parameters);
+    for (const Command &command : commands) {
+        if (matchesHeader(command.header, unit.header)) {
+            checkParameterCount(unit, command.minParameters, command.maxParameters);
+            return command.run(*session, unit.parameters);
+        }
+    }
+    std::string response;
+    for (const ScpiSetting &setting : sourceSettings) {
+        if (runScpiSetting(session, setting, unit, &response))
+            return response;
+    }
+    if (session->instrument().extensions.run(session, unit, &response))
+        return response;
+    throw ScpiError{ScpiUndefinedHeader, unit.header};
 }
 
 } // namespace Orvia

@@ -4,12 +4,16 @@
 #include "examples/instrument/SelfTest/SelfTestChecks.h"
 #include "platform/VQMProperties.h"
 
+#include <utility>
+
 namespace Orvia {
 
 namespace {
 
 constexpr VQMModuleInfo moduleInfo = {{0, 0},          1, 0, 0, "ScpiDll", VQMScpiId, VQMBaseModule, 0,
                                       signalGenerators};
+
+VQMModuleVersion interfaceVersion(ScpiRegistry::interfaceMajor, 0, 0);
 
 /// What initialize() returns when the module cannot do its work.
 enum ScpiModuleStatus
@@ -38,7 +42,7 @@ std::string identification()
 
 } // namespace
 
-ScpiModule::ScpiModule(int id) : ModuleBase(moduleInfo, id) {}
+ScpiModule::ScpiModule(int id) : ModuleBase(moduleInfo, id, interfaceVersion) {}
 
 ScpiModule::~ScpiModule() = default;
 
@@ -48,8 +52,8 @@ int ScpiModule::initialize(VQMAnchorInterface *anchor, int /*parts*/)
     SettingsDatabase *settings = SettingsDatabase::of(anchor);
     if (settings == nullptr)
         return logError("SCPI: no settings database, remote control stays off", NoDatabase);
-    m_instrument.emplace(
-        ScpiInstrument{*settings, identification(), [settings] { return runSelfTest(*settings).faults; }});
+    m_instrument.emplace(ScpiInstrument{*settings, identification(),
+                                        [settings] { return runSelfTest(*settings).faults; }, m_extensions});
     return listen();
 }
 
@@ -58,6 +62,16 @@ void ScpiModule::terminate(VQMAnchorInterface * /*anchor*/)
     m_server.reset();
     m_instrument.reset();
     withdrawScpiErrors();
+}
+
+void ScpiModule::addCommands(const void *owner, ScpiTable table)
+{
+    m_extensions.add(owner, std::move(table));
+}
+
+void ScpiModule::removeCommands(const void *owner)
+{
+    m_extensions.remove(owner);
 }
 
 int ScpiModule::listen()

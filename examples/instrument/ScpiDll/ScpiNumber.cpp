@@ -11,6 +11,13 @@ namespace Orvia {
 
 namespace {
 
+constexpr ScpiSuffix frequencySuffixes[] = {
+    {"HZ", 1}, {"KHZ", 1e3}, {"MHZ", 1e6}, {"MAHZ", 1e6}, {"GHZ", 1e9}};
+constexpr ScpiSuffix levelSuffixes[] = {{"DBM", 1}};
+constexpr ScpiSuffix ratioSuffixes[] = {{"DB", 1}};
+constexpr ScpiSuffix timeSuffixes[] = {{"S", 1}, {"MS", 1, 1e3}, {"US", 1, 1e6}, {"NS", 1, 1e9}};
+constexpr ScpiSuffix percentSuffixes[] = {{"PCT", 1}};
+
 ScpiError errorAt(ScpiErrorNumber number, std::string_view text)
 {
     return ScpiError{number, std::string(text)};
@@ -39,6 +46,26 @@ double leadingNumber(std::string_view text, std::string_view *rest)
 
 } // namespace
 
+std::span<const ScpiSuffix> suffixesOf(ScpiQuantity quantity)
+{
+    switch (quantity) {
+    case ScpiQuantity::Frequency:
+        return frequencySuffixes;
+    case ScpiQuantity::Level:
+        return levelSuffixes;
+    case ScpiQuantity::Ratio:
+        return ratioSuffixes;
+    case ScpiQuantity::Time:
+        return timeSuffixes;
+    case ScpiQuantity::Percent:
+        return percentSuffixes;
+    case ScpiQuantity::Switch:
+    case ScpiQuantity::Count:
+        break;
+    }
+    return {};
+}
+
 double parseNumber(std::string_view text, std::span<const ScpiSuffix> suffixes)
 {
     std::string_view suffix;
@@ -51,7 +78,7 @@ double parseNumber(std::string_view text, std::span<const ScpiSuffix> suffixes)
         throw errorAt(ScpiSuffixNotAllowed, text);
     for (const ScpiSuffix &known : suffixes) {
         if (matchesWord(known.text, suffix))
-            return number * known.factor;
+            return number * known.factor / known.divisor;
     }
     throw errorAt(ScpiInvalidSuffix, text);
 }
@@ -67,11 +94,12 @@ std::optional<double> namedValue(std::string_view text, const NumberSetting &set
     return std::nullopt;
 }
 
-double parseSetting(std::string_view text, const NumberSetting &setting, std::span<const ScpiSuffix> suffixes)
+double parseSetting(std::string_view text, const NumberSetting &setting, ScpiQuantity quantity)
 {
     if (const std::optional<double> named = namedValue(text, setting))
         return *named;
-    const double number = parseNumber(text, suffixes);
+    const double parsed = parseNumber(text, suffixesOf(quantity));
+    const double number = quantity == ScpiQuantity::Count ? std::round(parsed) : parsed;
     if (number < setting.minimum || number > setting.maximum)
         throw errorAt(ScpiDataOutOfRange, text);
     return number;

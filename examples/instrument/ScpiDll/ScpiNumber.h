@@ -1,6 +1,6 @@
 #pragma once
 
-#include "examples/instrument/SourceSettings.h"
+#include "examples/instrument/ScpiRegistry.h"
 
 #include <optional>
 #include <span>
@@ -8,16 +8,17 @@
 
 namespace Orvia {
 
-/// A unit that a number may carry, in capitals, and its factor to the base unit.
+/// A unit that a number may carry, in capitals, and how it leads to the base unit: times `factor`, then by
+/// `divisor`. Powers of ten below 1 are none of the numbers that a double holds.
 struct ScpiSuffix
 {
     std::string_view text;
     double factor;
+    double divisor = 1;
 };
 
-inline constexpr ScpiSuffix frequencySuffixes[] = {
-    {"HZ", 1}, {"KHZ", 1e3}, {"MHZ", 1e6}, {"MAHZ", 1e6}, {"GHZ", 1e9}};
-inline constexpr ScpiSuffix levelSuffixes[] = {{"DBM", 1}};
+/// The units of a quantity, none for those without.
+std::span<const ScpiSuffix> suffixesOf(ScpiQuantity quantity);
 
 // These throw ScpiError.
 
@@ -27,9 +28,8 @@ double parseNumber(std::string_view text, std::span<const ScpiSuffix> suffixes);
 /// What MINimum, MAXimum or DEFault stands for; nothing for any other text. Does not throw.
 std::optional<double> namedValue(std::string_view text, const NumberSetting &setting);
 
-/// A named value, or a number within the range of the setting.
-double parseSetting(std::string_view text, const NumberSetting &setting,
-                    std::span<const ScpiSuffix> suffixes);
+/// A named value, or a number within the range of the setting, rounded when whole numbers are counted.
+double parseSetting(std::string_view text, const NumberSetting &setting, ScpiQuantity quantity);
 
 /// A whole number from 0 to 255; fractions are rounded.
 int parseRegister(std::string_view text);

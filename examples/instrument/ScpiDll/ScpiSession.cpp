@@ -51,6 +51,13 @@ void ScpiSession::report(const ScpiError &error)
     signalScpiError(error);
 }
 
+void ScpiSession::store(const SettingsMap &values)
+{
+    bool refused = false;
+    if (!m_instrument.settings.set(values, &refused))
+        addEvent(refused ? ExecutionError : DeviceError);
+}
+
 int ScpiSession::statusByte() const
 {
     int status = hasScpiError() ? ErrorQueueNotEmpty : 0;

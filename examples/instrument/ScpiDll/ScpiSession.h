@@ -8,6 +8,7 @@
 
 namespace Orvia {
 
+class ScpiExtensions;
 struct ScpiError;
 struct ScpiUnit;
 
@@ -17,6 +18,7 @@ struct ScpiInstrument
     SettingsDatabase &settings;
     std::string identification;    ///< answer of *IDN?
     std::function<int()> selfTest; ///< answer of *TST?, 0 when all is well
+    const ScpiExtensions &extensions;
 };
 
 /// One client's conversation with the instrument: interprets its program messages and keeps its status
@@ -33,6 +35,10 @@ public:
 
     /// Notes an error in the status and in the error queue.
     void report(const ScpiError &error);
+
+    /// Sets the values; when that fails, notes it in the status (the database has put the error into the
+    /// queue).
+    void store(const SettingsMap &values);
 
     const ScpiInstrument &instrument() const { return m_instrument; }
 
