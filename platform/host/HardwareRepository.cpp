@@ -33,8 +33,6 @@ QStringList names(const QString &key)
 class HostUnit final : public VQMHwUnit
 {
 public:
-    void reserved0() override {}
-
     void setReady(int ready) override
     {
         char text[48];
@@ -78,31 +76,6 @@ public:
 
     int code() override { return m_code; }
     VQMHwUnit *unit(int /*index*/) override { return &m_unit; }
-
-    void reserved0() override {}
-    void reserved1() override {}
-    void reserved4() override {}
-    void reserved5() override {}
-    void reserved7() override {}
-    void reserved8() override {}
-    void reserved9() override {}
-    void reserved10() override {}
-    void reserved11() override {}
-    void reserved12() override {}
-    void reserved13() override {}
-    void reserved14() override {}
-    void reserved15() override {}
-    void reserved16() override {}
-    void reserved17() override {}
-    void reserved18() override {}
-    void reserved19() override {}
-    void reserved20() override {}
-    void reserved21() override {}
-    void reserved22() override {}
-    void reserved23() override {}
-    void reserved24() override {}
-    void reserved25() override {}
-    void reserved26() override {}
 
 private:
     int m_code = 0;

@@ -34,16 +34,21 @@ struct VQMThread::Private
     QObject *receiver = nullptr; ///< lives on the thread; null while no event reaches it
     bool stopRequested = false;  ///< before there was a receiver
 
+    static thread_local Private *current; ///< of the thread that runs
+
     void run();
     void wake();
     void quit();
     void runNext() noexcept;
 };
 
+thread_local VQMThread::Private *VQMThread::Private::current = nullptr;
+
 /// The thread's function. Work posted before it got here is waiting in the queue.
 void VQMThread::Private::run()
 {
     ::pthread_setname_np(::pthread_self(), name.substr(0, maxNameLength).c_str());
+    current = this;
     QObject anchor;
     QEventLoop loop;
     {
@@ -60,12 +65,13 @@ void VQMThread::Private::run()
     receiver = nullptr;
 }
 
-/// One event for each piece of work, so that sockets and timers get their turn in between. The mutex is held.
+/// One event for each piece of work, so that sockets and timers get their turn in between. The event carries
+/// nothing: what crosses threads does so under the mutex, where thread checkers see it. The mutex is held.
 void VQMThread::Private::wake()
 {
     if (receiver != nullptr)
         QMetaObject::invokeMethod(
-            receiver, [this] { runNext(); }, Qt::QueuedConnection);
+            receiver, [] { current->runNext(); }, Qt::QueuedConnection);
 }
 
 /// An event as well: it comes after those of the work posted before. The mutex is held.

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <deque>
 #include <exception>
 #include <limits>
 #include <mutex>
@@ -26,6 +27,30 @@ constinit std::atomic<VQMErrorManagerHook *> errorManagerHook = nullptr;
 // Never destroyed at exit: whoever shows the menu may outlive this library's statics.
 std::map<QString, SMenuTree *> *menu = nullptr;
 std::map<QString, QString> *languageNames = nullptr;
+
+/// What other threads have for the GUI thread, in order; they wait until it is done.
+struct GuiWork
+{
+    std::mutex mutex;
+    std::deque<const std::function<void()> *> waiting;
+};
+
+GuiWork &guiWork()
+{
+    static GuiWork &instance = *new GuiWork; // never destroyed: threads may ask to the very end
+    return instance;
+}
+
+void runNextGuiWork()
+{
+    const std::function<void()> *next = nullptr;
+    {
+        const std::lock_guard lock(guiWork().mutex);
+        next = guiWork().waiting.front();
+        guiWork().waiting.pop_front();
+    }
+    (*next)();
+}
 
 /// The sum of the named rows of /proc/meminfo in KiB, or -1 when one of them is missing.
 qint64 kernelFigure(std::initializer_list<const char *> rows)
@@ -86,7 +111,7 @@ void VQMUtility::setErrorManagerHook(VQMErrorManagerHook *hook)
     errorManagerHook = hook;
 }
 
-// With a standard mutex, as thread checkers see nothing of Qt's blocking calls.
+// The event carries nothing and standard mutexes do the waiting: thread checkers see nothing of Qt's own.
 void VQMUtility::runOnGuiThread(const std::function<void()> &work)
 {
     QCoreApplication *application = QCoreApplication::instance();
@@ -98,7 +123,7 @@ void VQMUtility::runOnGuiThread(const std::function<void()> &work)
     std::condition_variable finished;
     bool isFinished = false;
     std::exception_ptr thrown;
-    const auto run = [&] {
+    const std::function<void()> run = [&] {
         const std::lock_guard lock(mutex);
         try {
             work();
@@ -108,7 +133,12 @@ void VQMUtility::runOnGuiThread(const std::function<void()> &work)
         isFinished = true;
         finished.notify_one();
     };
-    QMetaObject::invokeMethod(application, run, Qt::QueuedConnection);
+    {
+        const std::lock_guard lock(guiWork().mutex);
+        guiWork().waiting.push_back(&run);
+    }
+    QMetaObject::invokeMethod(
+        application, [] { runNextGuiWork(); }, Qt::QueuedConnection);
     std::unique_lock lock(mutex);
     finished.wait(lock, [&] { return isFinished; });
     if (thrown)

@@ -70,30 +70,6 @@ public:
     }
     int code() override { return 0; }
     VQMHwUnit *unit(int) override { return nullptr; }
-    void reserved0() override {}
-    void reserved1() override {}
-    void reserved4() override {}
-    void reserved5() override {}
-    void reserved7() override {}
-    void reserved8() override {}
-    void reserved9() override {}
-    void reserved10() override {}
-    void reserved11() override {}
-    void reserved12() override {}
-    void reserved13() override {}
-    void reserved14() override {}
-    void reserved15() override {}
-    void reserved16() override {}
-    void reserved17() override {}
-    void reserved18() override {}
-    void reserved19() override {}
-    void reserved20() override {}
-    void reserved21() override {}
-    void reserved22() override {}
-    void reserved23() override {}
-    void reserved24() override {}
-    void reserved25() override {}
-    void reserved26() override {}
 } repository;
 
 std::string text(const QString &string)

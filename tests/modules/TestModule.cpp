@@ -18,6 +18,7 @@ enum class Behaviour
     NullName,
     NullVersion,
     Status5,
+    Status7,
     FailsOnce,
     ThrowsInInfo,
     ThrowsInCreate,
@@ -66,7 +67,7 @@ public:
         throwIf<Behaviour::ThrowsInInitialize>();
         if (behaviour == Behaviour::FailsOnce && !m_failed)
             return m_failed = true, 5;
-        return behaviour == Behaviour::Status5 ? 5 : 0;
+        return behaviour == Behaviour::Status5 ? 5 : behaviour == Behaviour::Status7 ? 7 : 0;
     }
     void terminate(Orvia::VQMAnchorInterface *) override
     {

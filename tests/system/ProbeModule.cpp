@@ -3,6 +3,7 @@
 #include "gui/EGuiEventType.h"
 #include "gui/MainWidget.h"
 #include "gui/VQMMainGui.h"
+#include "platform/VQMUtility.h"
 #include "registry/VQMModuleContract.h"
 
 #include <QApplication>
@@ -39,7 +40,7 @@ void passGate()
 template <typename Work>
 void onGuiThread(Work work)
 {
-    QMetaObject::invokeMethod(qApp, work, Qt::BlockingQueuedConnection);
+    Orvia::VQMUtility::runOnGuiThread(work);
 }
 
 QPushButton *abortButton()

@@ -1,5 +1,6 @@
 /// A Gui module with a window; VQM_TEST_WINDOW chooses what happens once start-up is complete.
 
+#include "platform/VQMUtility.h"
 #include "registry/VQMModuleContract.h"
 #include "tests/modules/ModuleLog.h"
 
@@ -53,8 +54,7 @@ public:
     void terminate(Orvia::VQMAnchorInterface *) override
     {
         moduleLog("terminate");
-        QMetaObject::invokeMethod(
-            qApp, [this] { m_window.reset(); }, Qt::BlockingQueuedConnection);
+        Orvia::VQMUtility::runOnGuiThread([this] { m_window.reset(); });
     }
 
 private:

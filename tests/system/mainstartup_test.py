@@ -168,7 +168,7 @@ class FailingModules(LauncherCase):
                 (self.folder / "log").unlink(missing_ok=True)
                 process = self.run_to_end(5, "-l", self.configure("base3", failing, "plugin"), "--headless",
                                           *UNTIL_COMPLETE)
-                self.assertIn("initialization of the plug-ins ended with status 5\n", process.errors)
+                self.assertIn("initialization of the plug-ins ended with status 7\n", process.errors)
                 self.assertEqual(self.module_log("initialize", "completeFinished"), [
                     "base3 initialize -1", *calls, "base3 completeFinished", f"{failing} completeFinished",
                     "plugin completeFinished"])
