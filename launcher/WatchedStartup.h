@@ -28,7 +28,7 @@ public:
     bool hasAnnounced(ESuStage stage) const;
 
 private:
-    int noteStatus(const char *pass, int status);
+    int noteStatus(const QString &what, int status);
 
     ExitStatus *m_status;
     std::atomic<std::uint32_t> m_announced = 0; ///< a bit a stage

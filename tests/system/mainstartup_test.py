@@ -155,10 +155,10 @@ class FailingModules(LauncherCase):
             self.assertIn(f"mainstartup: an event handler threw: {text}\n", process.errors)
             self.assertIn(IN_ORDER + "5", process.errors)
 
-    def test_status_of_the_last_module(self):
-        """A module that reports a failure does not keep the others from running."""
-        self.check(5, "initialization of the base modules ended with status 5",
-                   ["base3", "status5", "gui"], ["gui", "status5", "base3"])
+    def test_status_of_a_base_module(self):
+        """A module that reports a failure does not keep the others from running, nor do they hide it."""
+        self.check(5, "initialization of module status5 ended with status 5",
+                   ["base3", "status5", "scpi", "gui"], ["gui", "scpi", "status5", "base3"])
 
     def test_status_of_a_plug_in(self):
         """The call for its part ends there, start-up goes on."""
