@@ -100,6 +100,7 @@ protected:
         window = qobject_cast<QMainWindow *>(gui->getMainWidget());
         ASSERT_TRUE(window != nullptr && QTest::qWaitForWindowExposed(window));
         window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
     }
 
     void TearDown() override
@@ -393,7 +394,8 @@ TEST_F(FrontPanelTest, ClosedWindowsStayUntilTheModuleGoesDown)
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
