@@ -19,12 +19,13 @@ RULES = {
     "Startup": {"registry", "platform"},
     "xmlconfig": {"Startup", "platform"},
     "gui": {"Startup", "xmlconfig", "registry", "platform"},
-    "launcher": set(CORE),
-    "tools": set(CORE) | {"launcher"},
+    "diagnosis": set(CORE),
+    "launcher": set(CORE) | {"diagnosis"},
+    "tools": set(CORE) | {"diagnosis"},
     "examples": {CONTRACT, "platform", "xmlconfig/SMenuTree.h"},
     "tests/modules": {CONTRACT, "platform"},
-    "tests": set(CORE) | {"launcher", "tools", "examples"},
-    "benchmarks": set(CORE) | {"launcher", "tools", "examples"},
+    "tests": set(CORE) | {"diagnosis", "launcher", "tools", "examples"},
+    "benchmarks": set(CORE) | {"diagnosis", "launcher", "tools", "examples"},
 }
 NO_QT_WIDGETS = ["platform", "registry", "Startup", "xmlconfig"]
 WIDGETS = re.compile(r"^Q(Application|Widget|MainWindow|MessageBox|Dialog|TextEdit|Label|.*Layout)$")
