@@ -17,4 +17,22 @@ enum ESuStage : int
     SuTerminatePluginLoadables = 9,
 };
 
+/// The stage as it is printed; "invalid" for a value outside the enumeration.
+constexpr const char *stageText(ESuStage stage)
+{
+    constexpr const char *texts[] = {
+        "invalid",
+        "modules finished",
+        "loadables finished",
+        "plugins finished",
+        "plugin loadables finished",
+        "complete finished",
+        "terminate modules",
+        "terminate loadables",
+        "terminate plugins",
+        "terminate plugin loadables",
+    };
+    return stage >= SuInvalid && stage <= SuTerminatePluginLoadables ? texts[stage] : texts[SuInvalid];
+}
+
 } // namespace Orvia

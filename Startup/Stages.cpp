@@ -8,10 +8,9 @@ namespace Orvia {
 
 namespace {
 
-/// A stage: its text, and the operation that announces it.
+/// The operation that announces a stage.
 struct Stage
 {
-    const char *text;
     void (VQMDllModuleInterface::*whole)();
     void (VQMDllModuleInterface::*ofParts)(int parts);
 };
@@ -19,16 +18,16 @@ struct Stage
 using Module = VQMDllModuleInterface;
 
 constexpr Stage stages[] = {
-    {"invalid", nullptr, nullptr},
-    {"modules finished", &Module::modulesFinished, nullptr},
-    {"loadables finished", nullptr, &Module::loadablesFinished},
-    {"plugins finished", nullptr, &Module::pluginsFinished},
-    {"plugin loadables finished", nullptr, &Module::pluginLoadablesFinished},
-    {"complete finished", &Module::completeFinished, nullptr},
-    {"terminate modules", &Module::terminateModules, nullptr},
-    {"terminate loadables", &Module::terminateLoadables, nullptr},
-    {"terminate plugins", &Module::terminatePlugins, nullptr},
-    {"terminate plugin loadables", &Module::terminatePluginLoadables, nullptr},
+    {nullptr, nullptr}, // invalid
+    {&Module::modulesFinished, nullptr},
+    {nullptr, &Module::loadablesFinished},
+    {nullptr, &Module::pluginsFinished},
+    {nullptr, &Module::pluginLoadablesFinished},
+    {&Module::completeFinished, nullptr},
+    {&Module::terminateModules, nullptr},
+    {&Module::terminateLoadables, nullptr},
+    {&Module::terminatePlugins, nullptr},
+    {&Module::terminatePluginLoadables, nullptr},
 };
 
 const Stage &rowOf(ESuStage stage)
@@ -37,10 +36,10 @@ const Stage &rowOf(ESuStage stage)
     return stages[known ? stage : SuInvalid];
 }
 
-QString describe(const Stage &stage, int parts)
+QString describe(ESuStage stage, int parts)
 {
-    QString text = QLatin1String("Stage: ") + QLatin1String(stage.text);
-    if (parts < 0 || stage.ofParts == nullptr)
+    QString text = QLatin1String("Stage: ") + QLatin1String(stageText(stage));
+    if (parts < 0 || rowOf(stage).ofParts == nullptr)
         return text;
     text += "    Parts: ";
     if ((parts & VQMDatabasePart) != 0)
@@ -67,7 +66,7 @@ void (*swpStartupCallback)(ESwpStartupStep, VQMMainThread *) = nullptr;
 void VQMMainStartupImplementation::stageInfo(ESuStage stage, int parts)
 {
     const Stage &row = rowOf(stage);
-    suDebugMsgOut(0, describe(row, parts), 3, 0);
+    suDebugMsgOut(0, describe(stage, parts), 3, 0);
     FirstException failure;
     ModuleIterator walk(moduleTable);
     for (VQMLoadedModuleInformation *record = walk.toFirst(); record != nullptr; record = walk.next()) {
