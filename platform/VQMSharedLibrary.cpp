@@ -1,11 +1,23 @@
 #include "platform/VQMSharedLibrary.h"
 
-#include "platform/VQMUtility.h"
+#include "platform/TraceSpan.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 
 namespace Orvia {
+
+namespace {
+
+/// For memory checkers, which name code by what is mapped when the process ends.
+bool areModulesKept()
+{
+    const char *value = std::getenv("VQM_KEEP_MODULES");
+    return value != nullptr && std::strcmp(value, "1") == 0;
+}
+
+} // namespace
 
 VQMSharedLibrary::~VQMSharedLibrary()
 {
@@ -20,10 +32,13 @@ bool VQMSharedLibrary::open(const char *path, bool resolveAll, bool exportGlobal
         return false;
     }
     m_path = std::strchr(path, '/') != nullptr ? path : std::string("./") + path;
+    TraceSpan span("open", m_path.c_str());
     m_handle = ::dlopen(m_path.c_str(),
                         (resolveAll ? RTLD_NOW : RTLD_LAZY) | (exportGlobally ? RTLD_GLOBAL : RTLD_LOCAL));
-    if (m_handle == nullptr)
+    if (m_handle == nullptr) {
         rememberError();
+        span.setOutcome(m_lastError);
+    }
     return m_handle != nullptr;
 }
 
@@ -31,12 +46,15 @@ void VQMSharedLibrary::close()
 {
     if (m_handle == nullptr)
         return;
-    if (::dlclose(m_handle) != 0) {
+    TraceSpan span("close", m_path.c_str());
+    if (areModulesKept()) {
+        span.setOutcome("stays mapped because of VQM_KEEP_MODULES");
+    } else if (::dlclose(m_handle) != 0) {
         rememberError();
-        VQMUtility::traceMessage((m_path + ": not closed: " + m_lastError).c_str());
+        span.setOutcome(m_lastError);
     } else if (void *left = ::dlopen(m_path.c_str(), RTLD_LAZY | RTLD_NOLOAD)) {
         ::dlclose(left);
-        VQMUtility::traceMessage((m_path + ": closed, but stays mapped").c_str());
+        span.setOutcome("stays mapped");
     }
     m_handle = nullptr;
 }
@@ -47,10 +65,13 @@ void *VQMSharedLibrary::getProcAddress(const char *symbol)
         m_lastError = "the library is not open";
         return nullptr;
     }
+    TraceSpan span("look-up", symbol);
     ::dlerror();
     void *address = ::dlsym(m_handle, symbol);
-    if (address == nullptr)
+    if (address == nullptr) {
         rememberError();
+        span.setOutcome(m_lastError);
+    }
     return address;
 }
 

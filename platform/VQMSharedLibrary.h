@@ -8,6 +8,8 @@ namespace Orvia {
 
 /// One shared library opened at run time, on dlopen and dlsym directly. Not thread-safe.
 ///
+/// Each operation is a span of the trace.
+///
 /// A path without "/" is taken relative to the current folder: the loader's own search path is never used.
 /// Closed by close() or by the destructor.
 class VQM_EXPORT VQMSharedLibrary
@@ -22,7 +24,8 @@ public:
     /// missing one is an error here rather than a crash later. `exportGlobally`: its symbols serve later
     /// libraries too.
     bool open(const char *path, bool resolveAll, bool exportGlobally);
-    /// Says so in the trace when the library stays mapped all the same, because something else holds it.
+    /// The trace says so when the library stays mapped all the same: because something else holds it, or
+    /// because the environment variable VQM_KEEP_MODULES is 1, which keeps all libraries for memory checkers.
     void close();
     /// The symbol's address, or null.
     void *getProcAddress(const char *symbol);

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <functional>
 #include <map>
 
@@ -20,6 +21,16 @@ public:
     virtual void alert(const QString &caption, const QString &text) = 0;
 };
 
+/// Told every line of the trace. Called on the thread that traces, one line at a time and in their order; it
+/// must not trace itself.
+class VQM_EXPORT VQMTraceListener
+{
+public:
+    virtual ~VQMTraceListener();
+    /// `microseconds` since tracing began. The texts are valid during the call only.
+    virtual void traced(std::int64_t microseconds, int thread, const char *threadName, const char *text) = 0;
+};
+
 /// Services shared by all parts of the firmware. Any thread, except where said otherwise.
 class VQM_EXPORT VQMUtility
 {
@@ -27,6 +38,8 @@ public:
     /// One line of the trace, with a monotonic time stamp and the thread; nothing when tracing is off. The
     /// line survives a crash of the process once the call has returned.
     static void traceMessage(const char *text);
+    /// Whether traceMessage() does anything, for lines that are costly to make.
+    static bool isTracing();
     /// Start-up is over; `parts` is -1.
     static void setStartupComplete(int parts);
     static bool isStartupComplete();
@@ -61,6 +74,8 @@ public:
     static bool startTrace(const QString &fileName, QString *error);
     /// Cuts the file to the lines written. Called when nobody traces any more.
     static void stopTrace();
+    /// The listener, of which there is one, is not owned; null removes it, and it is called no more then.
+    static void setTraceListener(VQMTraceListener *listener);
 };
 
 } // namespace Orvia

@@ -1,7 +1,7 @@
 #include "xmlconfig/RunReader.h"
 
 #include "platform/CUtilXmlEvntHdlr.h"
-#include "platform/VQMUtility.h"
+#include "platform/TraceSpan.h"
 
 #include <QFile>
 #include <QXmlInputSource>
@@ -10,19 +10,23 @@ namespace Orvia {
 
 bool runReader(CUtilXmlEvntHdlr *reader, const char *fileName)
 {
+    TraceSpan span("read", fileName != nullptr ? fileName : "");
     try {
         QFile file((QString(fileName)));
         if (!file.open(QIODevice::ReadOnly)) {
-            VQMUtility::traceMessage((file.fileName() + ": " + file.errorString()).toLatin1().constData());
+            span.setOutcome(file.errorString().toStdString());
             return false;
         }
         const QXmlInputSource source(&file);
         reader->setModuleName("MainStartup");
         reader->setFileName(file.fileName());
-        return reader->parse(&source);
+        if (reader->parse(&source))
+            return true;
+        span.setOutcome("failed");
     } catch (...) {
-        return false;
+        span.setThrown(std::current_exception());
     }
+    return false;
 }
 
 } // namespace Orvia

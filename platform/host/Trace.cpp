@@ -36,13 +36,14 @@ constexpr std::size_t growth = 1 << 20; ///< a multiple of every page size
 constexpr std::size_t maxTimeLength = 32;
 constexpr std::size_t minSecondsLength = 5;
 
-/// All that there is of an open trace. The window is the part of the file that is mapped.
+/// All that there is of the trace. The window is the part of the file that is mapped.
 struct TraceFile
 {
     std::mutex mutex;
+    VQMTraceListener *listener = nullptr;
+    std::int64_t start = 0; ///< in microseconds
     int descriptor = -1;
     char *name = nullptr;
-    std::int64_t start = 0; ///< in microseconds
     char *window = nullptr;
     std::size_t windowSize = 0;
     std::size_t used = 0; ///< of the window
@@ -57,6 +58,8 @@ static_assert(std::is_trivially_destructible_v<TraceFile>);
 /// " [id name] ", made when a thread traces for the first time.
 struct ThreadLabel
 {
+    int id = 0;
+    char name[16] = {};
     std::size_t length = 0;
     char text[48] = {};
 };
@@ -72,10 +75,10 @@ std::int64_t now()
 const ThreadLabel &currentThreadLabel()
 {
     if (threadLabel.length == 0) {
-        char name[16] = "";
-        ::pthread_getname_np(::pthread_self(), name, sizeof(name));
-        threadLabel.length = static_cast<std::size_t>(
-            std::snprintf(threadLabel.text, sizeof(threadLabel.text), " [%d %s] ", ::gettid(), name));
+        threadLabel.id = ::gettid();
+        ::pthread_getname_np(::pthread_self(), threadLabel.name, sizeof(threadLabel.name));
+        threadLabel.length = static_cast<std::size_t>(std::snprintf(
+            threadLabel.text, sizeof(threadLabel.text), " [%d %s] ", threadLabel.id, threadLabel.name));
     }
     return threadLabel;
 }
@@ -109,10 +112,17 @@ int reserve(std::size_t size)
     return 0;
 }
 
+/// To be called before anybody traces. The mutex is held.
+void beginTracing()
+{
+    if (!tracing)
+        trace.start = now();
+}
+
 /// Ends the trace and cuts the file to what is written. The mutex is held.
 void closeTrace()
 {
-    tracing = false;
+    tracing = trace.listener != nullptr;
     if (trace.descriptor < 0)
         return;
     if (trace.window != nullptr)
@@ -157,6 +167,23 @@ char *putText(char *out, const char *text, std::size_t length)
     }
 }
 
+/// The mutex is held.
+void writeLine(std::int64_t time, const ThreadLabel &label, const char *text)
+{
+    const std::size_t length = std::strlen(text);
+    if (const int error = reserve(maxTimeLength + label.length + 2 * length + 1)) {
+        writeStandardError(QStringLiteral("trace %1: %2; tracing ends here")
+                               .arg(QFile::decodeName(trace.name), qt_error_string(error)));
+        closeTrace();
+        return;
+    }
+    char *out = putTime(trace.window + trace.used, time);
+    out = std::copy_n(label.text, label.length, out);
+    out = putText(out, text, length);
+    *out++ = '\n';
+    trace.used = static_cast<std::size_t>(out - trace.window);
+}
+
 /// A new file, also where one stands already: that may be the mapped trace of a process that still runs.
 int createFile(const char *name)
 {
@@ -174,6 +201,8 @@ int createFile(const char *name)
 
 } // namespace
 
+VQMTraceListener::~VQMTraceListener() = default;
+
 bool VQMUtility::startTrace(const QString &fileName, QString *error)
 {
     const std::lock_guard lock(trace.mutex);
@@ -183,7 +212,7 @@ bool VQMUtility::startTrace(const QString &fileName, QString *error)
     int failure = trace.descriptor < 0 ? errno : 0;
     if (failure == 0) {
         trace.name = ::strdup(name.constData());
-        trace.start = now();
+        beginTracing();
         failure = reserve(1);
     }
     if (failure != 0) {
@@ -202,27 +231,30 @@ void VQMUtility::stopTrace()
     closeTrace();
 }
 
+void VQMUtility::setTraceListener(VQMTraceListener *listener)
+{
+    const std::lock_guard lock(trace.mutex);
+    beginTracing();
+    trace.listener = listener;
+    tracing = listener != nullptr || trace.descriptor >= 0;
+}
+
+bool VQMUtility::isTracing()
+{
+    return tracing.load(std::memory_order_relaxed);
+}
+
 void VQMUtility::traceMessage(const char *text)
 {
-    if (!tracing.load(std::memory_order_relaxed) || text == nullptr)
+    if (!isTracing() || text == nullptr)
         return;
     const ThreadLabel &label = currentThreadLabel();
-    const std::size_t length = std::strlen(text);
-
-    const std::lock_guard lock(trace.mutex); // from the time stamp on: the file is in order of time
-    if (trace.descriptor < 0)
-        return;
-    if (const int error = reserve(maxTimeLength + label.length + 2 * length + 1)) {
-        writeStandardError(QStringLiteral("trace %1: %2; tracing ends here")
-                               .arg(QFile::decodeName(trace.name), qt_error_string(error)));
-        closeTrace();
-        return;
-    }
-    char *out = putTime(trace.window + trace.used, now() - trace.start);
-    out = std::copy_n(label.text, label.length, out);
-    out = putText(out, text, length);
-    *out++ = '\n';
-    trace.used = static_cast<std::size_t>(out - trace.window);
+    const std::lock_guard lock(trace.mutex); // from the time stamp on: the lines are in order of time
+    const std::int64_t time = now() - trace.start;
+    if (trace.listener != nullptr)
+        trace.listener->traced(time, label.id, label.name, text);
+    if (trace.descriptor >= 0)
+        writeLine(time, label, text);
 }
 
 } // namespace Orvia

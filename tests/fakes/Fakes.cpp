@@ -198,6 +198,11 @@ void VQMUtility::traceMessage(const char *line)
     calls.add("trace", line);
 }
 
+bool VQMUtility::isTracing()
+{
+    return answers.tracing;
+}
+
 void VQMUtility::setStartupComplete(int parts)
 {
     calls.add("complete", std::to_string(parts));

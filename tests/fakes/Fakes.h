@@ -52,6 +52,7 @@ struct FakeAnswers
     int availableMemoryMb = 1000;
     bool guiEnabled = true;
     bool hookInstalled = true;
+    bool tracing = false;                    ///< spans are traced; lines are recorded all the same
     std::map<std::string, int> knownOptions; ///< identifiers by name
     std::vector<int> installedOptions;       ///< identifiers
 };

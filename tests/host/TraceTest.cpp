@@ -99,6 +99,38 @@ TEST_F(TraceTest, LinesOfSeveralThreadsStandInOrder)
         EXPECT_EQ(count, messages) << thread;
 }
 
+TEST_F(TraceTest, AListenerHearsEveryLineWithAndWithoutAFile)
+{
+    struct Listener : VQMTraceListener
+    {
+        std::vector<std::string> lines;
+        std::int64_t time = 0;
+        void traced(std::int64_t microseconds, int thread, const char *threadName, const char *text) override
+        {
+            EXPECT_GE(microseconds, time);
+            EXPECT_EQ(thread, ::gettid());
+            EXPECT_NE(*threadName, '\0');
+            time = microseconds;
+            lines.push_back(text);
+        }
+    } listener;
+    EXPECT_FALSE(VQMUtility::isTracing());
+    VQMUtility::setTraceListener(&listener);
+    VQMUtility::traceMessage("to the listener");
+    ASSERT_TRUE(VQMUtility::startTrace(path("a.trace"), nullptr));
+    VQMUtility::traceMessage("to both\n");
+    VQMUtility::stopTrace();
+    EXPECT_TRUE(VQMUtility::isTracing());
+    VQMUtility::traceMessage("to the listener again");
+    VQMUtility::setTraceListener(nullptr);
+    EXPECT_FALSE(VQMUtility::isTracing());
+    VQMUtility::traceMessage("to nobody");
+    EXPECT_THAT(listener.lines,
+                ::testing::ElementsAre("to the listener", "to both\n", "to the listener again"));
+    EXPECT_TRUE(contents("a.trace").endsWith("] to both\\n\n"));
+    EXPECT_EQ(contents("a.trace").count('\n'), 1);
+}
+
 TEST_F(TraceTest, LinesSurviveTheKillingOfTheProcess)
 {
     constexpr std::size_t messages = 40000;

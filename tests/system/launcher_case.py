@@ -15,6 +15,7 @@ MAINSTARTUP = os.environ["MAINSTARTUP"]
 MODULES = pathlib.Path(os.environ["TEST_MODULES"])
 DEADLINE = 60  # seconds; no process of a test lives longer
 TRACE_LINE = re.compile(r"^ *\d+\.\d{6} \[(\d+) [^\]]*\] (.*)$")
+LAUNCHER_TEXT = re.compile(r"(begin|end) [a-z-]+(:|$)|(listed|skipped|mainstartup|exit): ")  # and of the platform
 
 
 class Process:
@@ -76,9 +77,10 @@ class LauncherCase(unittest.TestCase):
         return process
 
     def run_traced(self, expected_code, *arguments, **environment):
-        """Returns the process and its trace: (runs on the GUI thread, text) of each line."""
+        """Returns the process and what the library traced: (runs on the GUI thread, text) of each line."""
         process = self.run_to_end(expected_code, "--trace", str(self.trace_file), *arguments, **environment)
         lines = [TRACE_LINE.match(line) for line in self.trace_file.read_text().splitlines()]
+        lines = [line for line in lines if not LAUNCHER_TEXT.match(line[2])]
         return process, [(int(line[1]) == process.process.pid, line[2]) for line in lines]
 
     def module_log(self, *words):

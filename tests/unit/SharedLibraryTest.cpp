@@ -75,12 +75,27 @@ TEST_F(SharedLibraryTest, ClosesOnReopeningAndDestructionAndSaysWhatStaysMapped)
     }
     EXPECT_FALSE(isMapped("database"));
     EXPECT_THAT(calls.of("trace"), IsEmpty());
+    answers.tracing = true;
     VQMSharedLibrary first;
     VQMSharedLibrary second;
     EXPECT_TRUE(first.open(path("base3").c_str(), true, false) &&
                 second.open(path("base3").c_str(), true, false));
     first.close();
-    EXPECT_THAT(calls.of("trace"), testing::ElementsAre(path("base3") + ": closed, but stays mapped"));
+    EXPECT_FALSE(second.open("./absent.so", true, false));
+    EXPECT_FALSE(isMapped("base3"));
+    ASSERT_TRUE(first.open(path("base3").c_str(), true, false));
+    ::setenv("VQM_KEEP_MODULES", "1", 1);
+    first.close();
+    ::unsetenv("VQM_KEEP_MODULES");
+    EXPECT_TRUE(isMapped("base3"));
+    const std::string name = path("base3");
+    EXPECT_THAT(calls.of("trace"),
+                testing::ElementsAre("begin open: " + name, "end open", "begin open: " + name, "end open",
+                                     "begin close: " + name, "end close: stays mapped",
+                                     "begin close: " + name, "end close", "begin open: ./absent.so",
+                                     testing::StartsWith("end open: ./absent.so: cannot open shared object"),
+                                     "begin open: " + name, "end open", "begin close: " + name,
+                                     "end close: stays mapped because of VQM_KEEP_MODULES"));
 }
 
 TEST_F(SharedLibraryTest, TakesANameWithoutSlashInTheCurrentFolderOnly)
