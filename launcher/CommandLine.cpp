@@ -11,32 +11,23 @@ namespace Orvia {
 
 namespace {
 
-struct StageName
-{
-    ESuStage stage;
-    const char *text; ///< as the stage is printed when it is announced
-};
-
 /// The stages that start-up can reach.
-constexpr StageName stageNames[] = {
-    {SuModulesFinished, "modules finished"},   {SuLoadablesFinished, "loadables finished"},
-    {SuPluginsFinished, "plugins finished"},   {SuPluginLoadablesFinished, "plugin loadables finished"},
-    {SuCompleteFinished, "complete finished"},
-};
+constexpr ESuStage reachableStages[] = {SuModulesFinished, SuLoadablesFinished, SuPluginsFinished,
+                                        SuPluginLoadablesFinished, SuCompleteFinished};
 
 QString listedStageNames()
 {
     QStringList names;
-    for (const StageName &row : stageNames)
-        names.append('"' + QString(row.text) + '"');
+    for (const ESuStage stage : reachableStages)
+        names.append('"' + QString(stageText(stage)) + '"');
     return names.join(", ");
 }
 
 std::optional<ESuStage> stageNamed(const QString &name)
 {
-    for (const StageName &row : stageNames) {
-        if (name == QLatin1String(row.text))
-            return row.stage;
+    for (const ESuStage stage : reachableStages) {
+        if (name == QLatin1String(stageText(stage)))
+            return stage;
     }
     return std::nullopt;
 }
@@ -69,6 +60,7 @@ void declareOptions(QCommandLineParser *parser)
         {"headless", "No GUI: the Gui module stays down, alerts go to standard error."},
         {"until", "Shut down once start-up has reached this stage: " + listedStageNames() + '.', "stage"},
         {"screenshot", "Save a picture (PNG) of the main window once start-up is over.", "file"},
+        {"skip", "Leave out this module file of the list; may be given several times.", "name"},
         {"trace", "Write a trace to this file.", "file"},
         {"version", "Print the version."},
         {"help", "Print this help."},
@@ -95,6 +87,7 @@ QString readOptions(const QCommandLineParser &parser, CommandLine *commandLine)
     commandLine->properties = parser.value("properties");
     commandLine->trace = parser.value("trace");
     commandLine->screenshot = parser.value("screenshot");
+    commandLine->skipped = parser.values("skip");
     commandLine->offscreen = parser.isSet("offscreen");
     commandLine->headless = parser.isSet("headless");
     if (parser.isSet("family")) {

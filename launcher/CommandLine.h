@@ -5,6 +5,7 @@
 #include "registry/VQMModuleContract.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -19,8 +20,9 @@ struct CommandLine
     bool offscreen = false;
     bool headless = false;
     std::optional<ESuStage> until;
-    QString trace;      ///< empty for none
-    QString screenshot; ///< empty for none
+    QString trace;       ///< empty for none
+    QString screenshot;  ///< empty for none
+    QStringList skipped; ///< module files to leave out
 };
 
 /// Reads the arguments as the startup object and this launcher share them. No value when there is nothing

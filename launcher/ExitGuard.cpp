@@ -24,6 +24,7 @@ struct ThreadExit
         constexpr int code = static_cast<int>(ExitCode::OutOfMemory);
         report(QString("ended without a shutdown, exit code %1").arg(code));
         std::fflush(nullptr);
+        VQMUtility::traceMessage(("exit: " + std::to_string(code)).c_str());
         VQMUtility::stopTrace();
         _exit(code);
     }

@@ -9,12 +9,14 @@
 #include "launcher/SignalWatcher.h"
 #include "launcher/StartupSequence.h"
 #include "platform/HwAbstractionLayer.h"
+#include "platform/TraceSpan.h"
 #include "platform/VQMProperties.h"
 #include "platform/VQMUtility.h"
 
 #include <QFileInfo>
 
 #include <optional>
+#include <utility>
 
 namespace Orvia {
 
@@ -51,8 +53,9 @@ int Launcher::run()
 {
     if (loadProperties() && chooseFamily() && claimConfiguration() && startTrace()) {
         runInstrument();
-        VQMUtility::stopTrace();
         report(QString("shut down in order, exit code %1").arg(m_status.code()));
+        VQMUtility::traceMessage(("exit: " + std::to_string(m_status.code())).c_str());
+        VQMUtility::stopTrace();
     }
     return m_status.code();
 }
@@ -116,12 +119,14 @@ bool Launcher::startTrace()
 
 void Launcher::runInstrument()
 {
+    std::optional<TraceSpan> preparing(std::in_place, "phase", "the application object");
     const bool hasGui = VQMUtility::isGuiEnabled();
     HwAbstractionLayer::createHostRepository();
     LauncherApplication::choosePlatform(m_commandLine.offscreen || !hasGui);
     int qtArgc = 1; // none of ours are Qt's
     char *qtArgv[] = {m_argv[0], nullptr};
     LauncherApplication application(qtArgc, qtArgv);
+    preparing.reset();
 
     const AlertReporter alertReporter;
     GuiThreadQueue queue;
@@ -134,6 +139,7 @@ void Launcher::runInstrument()
     StartupSequence sequence({.argc = m_argc,
                               .argv = m_argv,
                               .family = m_family,
+                              .skipped = m_commandLine.skipped,
                               .until = m_commandLine.until,
                               .alertsOnGui = hasGui,
                               .startupOver =

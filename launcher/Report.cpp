@@ -1,13 +1,17 @@
 #include "launcher/Report.h"
 
+#include "platform/VQMUtility.h"
+
 #include <cstdio>
 
 namespace Orvia {
 
 void report(const QString &text)
 {
+    const QByteArray line = ("mainstartup: " + text).toLocal8Bit();
     // In one call, so that the lines of several threads do not mix.
-    std::fputs(("mainstartup: " + text + '\n').toLocal8Bit().constData(), stderr);
+    std::fputs((line + '\n').constData(), stderr);
+    VQMUtility::traceMessage(line.constData());
 }
 
 QString exceptionText(const std::exception_ptr &thrown)

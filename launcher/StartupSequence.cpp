@@ -5,6 +5,7 @@
 #include "launcher/ExitGuard.h"
 #include "launcher/GuiThreadQueue.h"
 #include "launcher/Report.h"
+#include "platform/TraceSpan.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -78,7 +79,7 @@ void StartupSequence::eventThrew()
 void StartupSequence::createStartupObject()
 {
     guarded("the startup object", [this] {
-        m_startup = std::make_unique<WatchedStartup>(defaultId, m_status);
+        m_startup = std::make_unique<WatchedStartup>(defaultId, m_settings.skipped, m_status);
         m_startup->setProgArgument(m_settings.argc, m_settings.argv);
         m_startup->setTargetId(m_settings.family);
     });
@@ -103,6 +104,8 @@ void StartupSequence::bringUp()
 void StartupSequence::discover()
 {
     const int status = m_startup->findModules(nullptr);
+    for (const QString &name : m_startup->unusedSkips())
+        report("--skip " + name + ": the configuration lists no such file");
     if (status == 0)
         return;
     report(QString("no modules found, status %1").arg(status));
@@ -206,17 +209,22 @@ void StartupSequence::beginShutdown()
 void StartupSequence::guarded(const char *step, const std::function<void()> &work)
 {
     clearExceptionLocation();
+    TraceSpan span("phase", step);
     try {
         work();
     } catch (...) {
         fail(step, std::current_exception());
+        span.setThrown(std::current_exception());
     }
 }
 
 void StartupSequence::fail(const char *step, const std::exception_ptr &thrown)
 {
-    const QString module = QString::fromLatin1(VQMMainStartupImplementation::exceptionLocation).trimmed();
-    report((module.isEmpty() ? QString(step) : "module " + module) + " threw: " + exceptionText(thrown));
+    std::string module = m_startup != nullptr ? m_startup->takeThrowingModule() : std::string();
+    if (module.empty())
+        module = QString(VQMMainStartupImplementation::exceptionLocation).trimmed().toStdString();
+    report((module.empty() ? QString(step) : "module " + QString::fromStdString(module)) +
+           " threw: " + exceptionText(thrown));
     m_status->note(ExitCode::ModuleFailed);
     m_failed = true;
 }

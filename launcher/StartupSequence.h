@@ -33,6 +33,7 @@ public:
         int argc;
         char **argv; ///< outlives the sequence
         HwESigGenFamily family;
+        QStringList skipped;                ///< module files to leave out
         std::optional<ESuStage> until;      ///< go no further once this stage has been announced
         bool alertsOnGui;                   ///< else alerts stay with the error-manager hook
         std::function<void()> startupOver;  ///< the instrument runs; called once, after the Gui stage

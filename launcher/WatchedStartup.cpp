@@ -2,15 +2,58 @@
 
 #include "launcher/ExitCodes.h"
 #include "launcher/Report.h"
-#include "launcher/StatusWatch.h"
+#include "platform/VQMUtility.h"
 
-#include <QScopeGuard>
-
-#include <deque>
+#include <QFileInfo>
 
 namespace Orvia {
 
-WatchedStartup::WatchedStartup(int id, ExitStatus *status) : VQMIntegrationStartup(id), m_status(status) {}
+namespace {
+
+const std::string guiName = "GuiDll"; // as the startup object knows it
+const std::string guiLabel = std::to_string(VQMGuiId) + ' ' + guiName;
+
+} // namespace
+
+/// While it lives, the module objects are watched. Where they are already it does nothing.
+class WatchedStartup::Watching
+{
+public:
+    explicit Watching(WatchedStartup *startup) : m_startup(startup), m_isOutermost(startup->m_watches.empty())
+    {
+        if (!m_isOutermost)
+            return;
+        auto &watches = m_startup->m_watches;
+        watches.reserve(m_startup->moduleTable->count); // the records point into it
+        ModuleIterator walk(m_startup->moduleTable);
+        for (VQMLoadedModuleInformation *record = walk.toFirst(); record != nullptr; record = walk.next()) {
+            if (record->moduleInterface == nullptr)
+                continue;
+            watches.emplace_back(
+                record, ModuleWatch(record->moduleObject(), record->moduleId, record->name, m_startup));
+            record->moduleInterface = &watches.back().second;
+        }
+    }
+    ~Watching()
+    {
+        if (!m_isOutermost)
+            return;
+        for (auto &[record, watch] : m_startup->m_watches)
+            record->moduleInterface = watch.module();
+        m_startup->m_watches.clear();
+    }
+    Watching(const Watching &) = delete;
+    Watching &operator=(const Watching &) = delete;
+
+private:
+    WatchedStartup *m_startup;
+    bool m_isOutermost;
+};
+
+WatchedStartup::WatchedStartup(int id, const QStringList &skipped, ExitStatus *status)
+    : VQMIntegrationStartup(id), m_skipped(skipped), m_unusedSkips(skipped), m_status(status)
+{
+}
 
 WatchedStartup::~WatchedStartup()
 {
@@ -19,36 +62,48 @@ WatchedStartup::~WatchedStartup()
         delete record;
 }
 
+void WatchedStartup::addLoadListFile(const QString &path)
+{
+    const QFileInfo file(path);
+    for (const QString &name : {path, file.fileName(), file.completeBaseName()}) {
+        if (!m_skipped.contains(name))
+            continue;
+        m_unusedSkips.removeAll(name);
+        VQMUtility::traceMessage(("skipped: " + path).toLocal8Bit().constData());
+        return;
+    }
+    VQMUtility::traceMessage(("listed: " + path).toLocal8Bit().constData());
+    VQMIntegrationStartup::addLoadListFile(path);
+}
+
 int WatchedStartup::initializeModules(const QStringList &names, bool exclude)
 {
-    // The pass itself returns the status of its last module only.
-    std::deque<StatusWatch> watches;
-    std::deque<VQMLoadedModuleInformation *> watched;
-    ModuleIterator walk(moduleTable);
-    for (VQMLoadedModuleInformation *record = walk.toFirst(); record != nullptr; record = walk.next()) {
-        if (record->moduleInterface == nullptr)
-            continue;
-        record->moduleInterface = &watches.emplace_back(record->moduleObject());
-        watched.push_back(record);
-    }
-    const auto endWatch = qScopeGuard([&] {
-        for (std::size_t i = 0; i < watched.size(); ++i) {
-            watched[i]->moduleInterface = watches[i].module();
-            noteStatus(QString("module ") + watched[i]->name, watches[i].status());
-        }
-    });
+    const Watching watching(this);
     return VQMIntegrationStartup::initializeModules(names, exclude);
 }
 
 int WatchedStartup::initializePlugIns(int parts)
 {
-    return noteStatus("the plug-ins", VQMIntegrationStartup::initializePlugIns(parts));
+    const Watching watching(this);
+    return VQMIntegrationStartup::initializePlugIns(parts);
+}
+
+int WatchedStartup::initializeSwpRemote(ESwpStartupStep step,
+                                        void (*callback)(ESwpStartupStep, VQMMainThread *))
+{
+    const int result = VQMIntegrationStartup::initializeSwpRemote(step, callback);
+    // The next that the Gui stage does is to start the Gui module, then it announces the last stage.
+    if (step != SwpRegisterCallback && anchorInterface->guiModule != nullptr)
+        m_startingGui.emplace("start-gui", guiLabel.c_str());
+    return result;
 }
 
 void WatchedStartup::stageInfo(ESuStage stage, int parts)
 {
+    m_startingGui.reset();
     setStartupStage();
     m_announced |= 1U << static_cast<unsigned>(stage);
+    const Watching watching(this);
     VQMIntegrationStartup::stageInfo(stage, parts);
 }
 
@@ -57,13 +112,30 @@ bool WatchedStartup::hasAnnounced(ESuStage stage) const
     return (m_announced & 1U << static_cast<unsigned>(stage)) != 0;
 }
 
-int WatchedStartup::noteStatus(const QString &what, int status)
+std::string WatchedStartup::takeThrowingModule()
 {
-    if (status != 0) {
-        report(QString("initialization of %1 ended with status %2").arg(what).arg(status));
-        m_status->note(ExitCode::ModuleFailed);
+    if (m_startingGui) {
+        m_startingGui->setThrown(std::current_exception());
+        m_startingGui.reset();
+        m_throwing = guiName;
     }
-    return status;
+    return std::exchange(m_throwing, std::string());
+}
+
+void WatchedStartup::initialized(const std::string &module, int status)
+{
+    if (status == 0)
+        return;
+    report(QString("initialization of module %1 ended with status %2")
+               .arg(QString::fromLatin1(module.c_str()))
+               .arg(status));
+    m_status->note(ExitCode::ModuleFailed);
+}
+
+void WatchedStartup::threw(const std::string &module)
+{
+    if (m_throwing.empty())
+        m_throwing = module;
 }
 
 } // namespace Orvia

@@ -133,7 +133,7 @@ class FailingModules(LauncherCase):
         return process
 
     def test_throws_in_first_pass(self):
-        self.check(5, "module Name_of_25_characte threw: throws_in_initialize",
+        self.check(5, "module Name_of_25_characters_abc threw: throws_in_initialize",
                    ["base3", "database", "throws_in_initialize", "scpi"], ["database", "base3"])
 
     def test_throws_in_gui_pass(self):
@@ -168,7 +168,7 @@ class FailingModules(LauncherCase):
                 (self.folder / "log").unlink(missing_ok=True)
                 process = self.run_to_end(5, "-l", self.configure("base3", failing, "plugin"), "--headless",
                                           *UNTIL_COMPLETE)
-                self.assertIn("initialization of the plug-ins ended with status 7\n", process.errors)
+                self.assertIn(f"initialization of module {failing} ended with status 7\n", process.errors)
                 self.assertEqual(self.module_log("initialize", "completeFinished"), [
                     "base3 initialize -1", *calls, "base3 completeFinished", f"{failing} completeFinished",
                     "plugin completeFinished"])
@@ -176,7 +176,7 @@ class FailingModules(LauncherCase):
     def test_plug_in_throws_in_the_database_call(self):
         """The Gui stage does not begin."""
         process = self.run_to_end(5, "-l", self.configure("base3", "throws_in_database_part", "gui"), "--offscreen")
-        self.assertIn("initialization of the plug-ins threw: throws_in_database_part\n", process.errors)
+        self.assertIn("module throws_in_database_part threw: throws_in_database_part\n", process.errors)
         self.assertEqual(self.module_log("initialize", "terminate"), [
             "base3 initialize -1", "throws_in_database_part initialize 1", "base3 terminate"])
 
@@ -194,6 +194,16 @@ class CommandLine(LauncherCase):
             with self.subTest(arguments):
                 process = self.run_to_end(2, *arguments)
                 self.assertIn(said, process.errors)
+
+    def test_skip(self):
+        """By any of a file's names; one that is not there is said."""
+        configuration = self.configure("base3", "database", "scpi", "loadable16")
+        process, trace = self.run_traced(0, "-l", configuration, "--headless", "--skip", "database.so",
+                                         "--skip", "scpi", "--skip", f"{MODULES}/loadable16.so", "--skip", "base",
+                                         *UNTIL_MODULES)
+        self.assertEqual(self.module_log("terminate"), ["base3 terminate"])
+        self.assertIn("mainstartup: --skip base: the configuration lists no such file\n", process.errors)
+        self.assertEqual(process.errors.count("--skip"), 1)
 
     def test_family_from_option_before_property(self):
         self.run_to_end(0, "-l", self.configure("family4"), "--headless", "--family", "0x4", *UNTIL_MODULES)
