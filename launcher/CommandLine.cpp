@@ -61,6 +61,9 @@ void declareOptions(QCommandLineParser *parser)
         {"until", "Shut down once start-up has reached this stage: " + listedStageNames() + '.', "stage"},
         {"screenshot", "Save a picture (PNG) of the main window once start-up is over.", "file"},
         {"skip", "Leave out this module file of the list; may be given several times.", "name"},
+        {"strict",
+         "Start-up that is not complete shows in the exit code: a module is missing or could not be "
+         "opened, or the configuration is damaged."},
         {"trace", "Write a trace to this file.", "file"},
         {"version", "Print the version."},
         {"help", "Print this help."},
@@ -88,6 +91,7 @@ QString readOptions(const QCommandLineParser &parser, CommandLine *commandLine)
     commandLine->trace = parser.value("trace");
     commandLine->screenshot = parser.value("screenshot");
     commandLine->skipped = parser.values("skip");
+    commandLine->strict = parser.isSet("strict");
     commandLine->offscreen = parser.isSet("offscreen");
     commandLine->headless = parser.isSet("headless");
     if (parser.isSet("family")) {

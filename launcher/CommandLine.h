@@ -23,6 +23,7 @@ struct CommandLine
     QString trace;       ///< empty for none
     QString screenshot;  ///< empty for none
     QStringList skipped; ///< module files to leave out
+    bool strict = false; ///< start-up that is not complete shows in the exit code
 };
 
 /// Reads the arguments as the startup object and this launcher share them. No value when there is nothing

@@ -15,6 +15,7 @@ enum class ExitCode : int
     ModuleFailed = 5,
     StageNotReached = 6,
     NoScreenshot = 7,
+    Incomplete = 8,
 };
 
 struct ExitCodeMeaning
@@ -35,6 +36,7 @@ inline constexpr ExitCodeMeaning exitCodes[] = {
     {ExitCode::ModuleFailed, "a module failed or threw"},
     {ExitCode::StageNotReached, "start-up was over without the stage given with --until"},
     {ExitCode::NoScreenshot, "the picture asked for with --screenshot could not be taken"},
+    {ExitCode::Incomplete, "with --strict: start-up was not complete"},
 };
 
 /// The exit code of a run: the first problem noted. Any thread.

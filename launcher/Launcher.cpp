@@ -6,6 +6,7 @@
 #include "launcher/ProgressDisplay.h"
 #include "launcher/Report.h"
 #include "launcher/Screenshot.h"
+#include "launcher/ServiceNotifier.h"
 #include "launcher/SignalWatcher.h"
 #include "launcher/StartupSequence.h"
 #include "platform/HwAbstractionLayer.h"
@@ -13,6 +14,7 @@
 #include "platform/VQMProperties.h"
 #include "platform/VQMUtility.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <optional>
@@ -52,7 +54,9 @@ Launcher::Launcher(const CommandLine &commandLine, int argc, char **argv)
 int Launcher::run()
 {
     if (loadProperties() && chooseFamily() && claimConfiguration() && startTrace()) {
+        leaveBreadcrumbs();
         runInstrument();
+        m_observer.pauseBreadcrumbs();
         report(QString("shut down in order, exit code %1").arg(m_status.code()));
         VQMUtility::traceMessage(("exit: " + std::to_string(m_status.code())).c_str());
         VQMUtility::stopTrace();
@@ -117,6 +121,14 @@ bool Launcher::startTrace()
     return false;
 }
 
+void Launcher::leaveBreadcrumbs()
+{
+    const QString name =
+        VQMProperties::getStringProperty("StartupProcess", "Breadcrumb", QString(), 0, nullptr);
+    if (!name.isEmpty())
+        m_observer.leaveBreadcrumbs(QDir(VQMProperties::directory()).filePath(name));
+}
+
 void Launcher::runInstrument()
 {
     std::optional<TraceSpan> preparing(std::in_place, "phase", "the application object");
@@ -133,6 +145,7 @@ void Launcher::runInstrument()
     std::optional<MessageBoxes> messageBoxes;
     if (hasGui && LauncherApplication::isOnDisplay()) // a box that nobody sees is not waited for
         messageBoxes.emplace(&queue);
+    ServiceNotifier serviceManager;
     std::optional<ProgressDisplay> display;
     std::optional<Screenshot> screenshot;
 
@@ -142,8 +155,17 @@ void Launcher::runInstrument()
                               .skipped = m_commandLine.skipped,
                               .until = m_commandLine.until,
                               .alertsOnGui = hasGui,
+                              .stageAnnounced =
+                                  [&](ESuStage stage) {
+                                      if (stage == SuCompleteFinished)
+                                          serviceManager.ready();
+                                  },
                               .startupOver =
-                                  [&] {
+                                  [&](bool runs) {
+                                      summarize();
+                                      if (!runs)
+                                          return;
+                                      m_observer.pauseBreadcrumbs();
                                       display->startupOver();
                                       if (!m_commandLine.until)
                                           report("start-up is over");
@@ -154,6 +176,8 @@ void Launcher::runInstrument()
                                   },
                               .shuttingDown =
                                   [&] {
+                                      m_observer.resumeBreadcrumbs();
+                                      serviceManager.stopping();
                                       display->shuttingDown();
                                       if (screenshot)
                                           screenshot->giveUp();
@@ -171,6 +195,15 @@ void Launcher::runInstrument()
     application.setExceptionHandler([&sequence] { sequence.eventThrew(); });
     const SignalWatcher signals([&sequence] { sequence.requestShutdown(); });
     sequence.run();
+}
+
+void Launcher::summarize()
+{
+    const QStringList lines = m_observer.summary();
+    for (const QString &line : lines)
+        report(line);
+    if (m_commandLine.strict && !m_observer.wentWell())
+        m_status.note(ExitCode::Incomplete);
 }
 
 void Launcher::noteScreenshot(const QString &error)

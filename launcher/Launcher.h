@@ -3,6 +3,7 @@
 #include "launcher/CommandLine.h"
 #include "launcher/ExitCodes.h"
 #include "launcher/SingleInstance.h"
+#include "launcher/StartupObserver.h"
 #include "platform/Export.h"
 
 namespace Orvia {
@@ -24,7 +25,9 @@ private:
     bool claimConfiguration();
     bool startTrace();
 
+    void leaveBreadcrumbs();
     void runInstrument();
+    void summarize();
     /// Empty when the picture has been saved.
     void noteScreenshot(const QString &error);
 
@@ -34,6 +37,7 @@ private:
     HwESigGenFamily m_family = 0;
     SingleInstance m_instance;
     ExitStatus m_status;
+    StartupObserver m_observer;
 };
 
 } // namespace Orvia

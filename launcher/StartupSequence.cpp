@@ -79,7 +79,8 @@ void StartupSequence::eventThrew()
 void StartupSequence::createStartupObject()
 {
     guarded("the startup object", [this] {
-        m_startup = std::make_unique<WatchedStartup>(defaultId, m_settings.skipped, m_status);
+        m_startup = std::make_unique<WatchedStartup>(defaultId, m_settings.skipped, m_settings.stageAnnounced,
+                                                     m_status);
         m_startup->setProgArgument(m_settings.argc, m_settings.argv);
         m_startup->setTargetId(m_settings.family);
     });
@@ -181,8 +182,8 @@ void StartupSequence::runGuiStage(const std::function<void()> &stage)
         return;
     }
     m_phase = Phase::Running;
-    if (!std::exchange(m_isUp, true))
-        m_settings.startupOver();
+    if (!std::exchange(m_isStartupOver, true))
+        m_settings.startupOver(true);
 }
 
 void StartupSequence::leaveEventLoop()
@@ -193,6 +194,8 @@ void StartupSequence::leaveEventLoop()
 
 void StartupSequence::beginShutdown()
 {
+    if (!std::exchange(m_isStartupOver, true))
+        m_settings.startupOver(false);
     m_settings.shuttingDown();
     if (m_settings.until && !hasReachedUntil()) {
         report("start-up ended without the stage given with --until");

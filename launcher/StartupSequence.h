@@ -33,10 +33,12 @@ public:
         int argc;
         char **argv; ///< outlives the sequence
         HwESigGenFamily family;
-        QStringList skipped;                ///< module files to leave out
-        std::optional<ESuStage> until;      ///< go no further once this stage has been announced
-        bool alertsOnGui;                   ///< else alerts stay with the error-manager hook
-        std::function<void()> startupOver;  ///< the instrument runs; called once, after the Gui stage
+        QStringList skipped;                          ///< module files to leave out
+        std::optional<ESuStage> until;                ///< go no further once this stage has been announced
+        bool alertsOnGui;                             ///< else alerts stay with the error-manager hook
+        std::function<void(ESuStage)> stageAnnounced; ///< all have been told; any thread
+        /// Called once: the instrument runs or, with false, it does not and is about to be taken down.
+        std::function<void(bool)> startupOver;
         std::function<void()> shuttingDown; ///< nothing may wait for the user any more; called repeatedly
     };
 
@@ -96,7 +98,7 @@ private:
     std::unique_ptr<WatchedMainGui> m_gui;
     bool m_failed = false;          ///< start-up cannot go on
     Phase m_phase = Phase::BringUp; ///< GUI thread only
-    bool m_isUp = false;
+    bool m_isStartupOver = false;
     bool m_isDown = false;
     VQMThread m_initThread; ///< last: it is stopped first
 };

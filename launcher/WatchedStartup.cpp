@@ -50,8 +50,10 @@ private:
     bool m_isOutermost;
 };
 
-WatchedStartup::WatchedStartup(int id, const QStringList &skipped, ExitStatus *status)
-    : VQMIntegrationStartup(id), m_skipped(skipped), m_unusedSkips(skipped), m_status(status)
+WatchedStartup::WatchedStartup(int id, const QStringList &skipped,
+                               std::function<void(ESuStage)> stageAnnounced, ExitStatus *status)
+    : VQMIntegrationStartup(id), m_skipped(skipped), m_unusedSkips(skipped),
+      m_stageAnnounced(std::move(stageAnnounced)), m_status(status)
 {
 }
 
@@ -105,6 +107,7 @@ void WatchedStartup::stageInfo(ESuStage stage, int parts)
     m_announced |= 1U << static_cast<unsigned>(stage);
     const Watching watching(this);
     VQMIntegrationStartup::stageInfo(stage, parts);
+    m_stageAnnounced(stage);
 }
 
 bool WatchedStartup::hasAnnounced(ESuStage stage) const

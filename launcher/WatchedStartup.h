@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -22,8 +23,10 @@ class ExitStatus;
 class WatchedStartup : public VQMIntegrationStartup, private CallRecord
 {
 public:
-    /// `skipped`: names of files to leave out, with or without folder and suffix. `status` is not owned.
-    WatchedStartup(int id, const QStringList &skipped, ExitStatus *status);
+    /// `skipped`: names of files to leave out, with or without folder and suffix. `stageAnnounced` is called
+    /// when all have been told, on the thread that announces. `status` is not owned.
+    WatchedStartup(int id, const QStringList &skipped, std::function<void(ESuStage)> stageAnnounced,
+                   ExitStatus *status);
     /// After freeResources().
     ~WatchedStartup() override;
 
@@ -50,6 +53,7 @@ private:
 
     const QStringList m_skipped;
     QStringList m_unusedSkips;
+    const std::function<void(ESuStage)> m_stageAnnounced;
     ExitStatus *m_status;
     std::vector<std::pair<VQMLoadedModuleInformation *, ModuleWatch>> m_watches; ///< while calls are watched
     std::string m_throwing;

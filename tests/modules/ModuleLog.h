@@ -7,6 +7,7 @@
 #endif
 
 #include <dlfcn.h>
+#include <signal.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -36,6 +37,18 @@ static const char *moduleFile(void)
     return name;
 }
 
+/* Raises the signal when VQM_TEST_DIES_IN, "<signal> <file> <operation>", names what the line begins with. */
+static void dieIn(const char *line)
+{
+    const char *where = getenv("VQM_TEST_DIES_IN");
+    if (where == NULL)
+        return;
+    char *operation;
+    const int number = (int)strtol(where, &operation, 10);
+    if (strncmp(line, operation + 1, strlen(operation + 1)) == 0)
+        raise(number);
+}
+
 /* Logs "<file> <text>": to the test's process, or by appending to the file that VQM_TEST_MODULE_LOG names. */
 __attribute__((format(printf, 1, 2))) static void moduleLog(const char *format, ...)
 {
@@ -49,6 +62,7 @@ __attribute__((format(printf, 1, 2))) static void moduleLog(const char *format, 
         testModuleLog(line);
         return;
     }
+    dieIn(line);
     const char *fileName = getenv("VQM_TEST_MODULE_LOG");
     FILE *file = fileName != NULL ? fopen(fileName, "a") : NULL;
     if (file != NULL) {

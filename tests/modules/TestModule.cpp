@@ -5,6 +5,7 @@
 #include "tests/modules/ModuleLog.h"
 
 #include <stdexcept>
+#include <string>
 
 extern "C" void symbolThatNoLibraryDefines();
 
@@ -99,6 +100,11 @@ int numberOfFile()
     const char *digits = moduleFile();
     digits += strcspn(digits, "0123456789");
     return atoi(digits);
+}
+
+__attribute__((constructor)) void dieInOpening()
+{
+    dieIn((std::string(moduleFile()) + " opened").c_str());
 }
 
 __attribute__((destructor)) void logClosing()
