@@ -7,6 +7,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <gelf.h>
+#include <link.h>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -193,13 +194,16 @@ void readSymbols(Elf *elf, ElfLibrary *library)
 
 ElfLibrary readContents(ElfLibrary library, int file, std::uint64_t fileSize, ElfSymbols symbols)
 {
+    constexpr const char *cutOff = "is cut off: its headers tell of more than it holds";
+    if (fileSize < sizeof(ElfW(Ehdr))) // of this process's class, as the file is
+        return refused(library, "elf-truncated", cutOff);
     static const bool ready = elf_version(EV_CURRENT) != EV_NONE;
     const ElfHandle elf(ready ? elf_begin(file, ELF_C_READ, nullptr) : nullptr, elf_end);
     GElf_Ehdr header;
     if (elf == nullptr || gelf_getehdr(elf.get(), &header) == nullptr)
         return refused(library, "elf-damaged", QString("is damaged: ") + elf_errmsg(-1));
     if (isTruncated(elf.get(), header, fileSize))
-        return refused(library, "elf-truncated", "is cut off: its headers tell of more than it holds");
+        return refused(library, "elf-truncated", cutOff);
     std::uint64_t flags = 0;
     readDynamic(elf.get(), &library, &flags);
     if (header.e_type != ET_DYN || (flags & DF_1_PIE) != 0 || !hasDynamicSegment(elf.get(), header))
