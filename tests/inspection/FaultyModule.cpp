@@ -5,6 +5,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
 #include <unistd.h>
 
 enum class Fault
@@ -22,6 +24,9 @@ enum class Fault
     ClosesResults,
     OtherId,
     NotFreed,
+    NoTypeInformation,
+    OpensItself,
+    Slow,
     NoPlugIn,
     TwoViews,
 };
@@ -38,6 +43,24 @@ static void dieIf(Fault when, int signal)
 {
     if (fault == when)
         raise(signal);
+}
+
+static void sleepIfSlow()
+{
+    if (fault == Fault::Slow)
+        usleep(500'000);
+}
+
+/// Gives the object a table as C would: with anything before it.
+static void dropTypeInformation(void *object)
+{
+    alignas(void *) static const char anything[] = "anything, and readable";
+    static const void *table[2 + 22] = {nullptr, anything};
+    const void **own;
+    memcpy(&own, object, sizeof own);
+    memcpy(table + 2, own, 22 * sizeof *own);
+    own = table + 2;
+    memcpy(object, &own, sizeof own);
 }
 
 /// A child that outlives its parent and holds its descriptors; writes its id to the file VQM_TEST_PID_FILE.
@@ -69,17 +92,20 @@ public:
     Orvia::VQMModuleVersion *getInterfaceVersion() override
     {
         dieIf(Fault::AbortsInVersion, SIGABRT);
+        sleepIfSlow();
         static Orvia::VQMModuleVersion version(1, 2, 345);
         return &version;
     }
     const char *getModuleName() override
     {
         dieIf(Fault::StopsInName, SIGSTOP);
+        sleepIfSlow();
         return "two\nlines % ";
     }
     int getModuleId() override
     {
         dieIf(Fault::DiesInId, SIGFPE);
+        sleepIfSlow();
         return fault == Fault::OtherId ? m_id + 1 : m_id;
     }
     int initialize(Orvia::VQMAnchorInterface *, int) override { return 0; }
@@ -129,6 +155,9 @@ extern "C" __attribute__((visibility("default"))) const Orvia::VQMModuleInfo *VQ
         _exit(3);
     if (fault == Fault::ClosesResults)
         close(3);
+    Dl_info self;
+    if (fault == Fault::OpensItself && dladdr(MODULE_NAME, &self) != 0)
+        dlopen(self.dli_fname, RTLD_LAZY);
     static const Orvia::VQMModuleInfo info = {{},        Counter<0>::value, 14,           159, MODULE_NAME,
                                               MODULE_ID, MODULE_TYPE,       MODULE_PARTS, 2};
     return &info;
@@ -137,11 +166,15 @@ extern "C" __attribute__((visibility("default"))) const Orvia::VQMModuleInfo *VQ
 extern "C" __attribute__((visibility("default"))) Orvia::VQMModuleInterface *
 VQMCreateModuleInterfaceInstance(int id)
 {
+    sleepIfSlow();
     if (fault == Fault::ForksAndDies)
         forkAndDie();
     while (fault == Fault::HangsInCreate) {
     }
     if constexpr (fault == Fault::TwoViews)
         return static_cast<OtherView *>(new TwoViews(id));
-    return new FaultyModule(id);
+    auto *object = new FaultyModule(id);
+    if (fault == Fault::NoTypeInformation)
+        dropTypeInformation(object);
+    return object;
 }
