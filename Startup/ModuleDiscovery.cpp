@@ -1,4 +1,5 @@
 #include "Startup/FirstException.h"
+#include "Startup/ModuleRules.h"
 #include "Startup/StartupErrors.h"
 #include "Startup/VQMIntegrationStartup.h"
 #include "Startup/VQMMainStartupImplementation.h"
@@ -14,44 +15,6 @@ namespace Orvia {
 
 namespace {
 
-constexpr int validTypes = 0x1f1;
-constexpr int firstPlugInId = 10000;
-constexpr const char *skippedBaseName = "GlueGPIBDll";
-
-/// Base modules without which the families of `families` are incomplete.
-struct RequiredModules
-{
-    struct Slot
-    {
-        int id; ///< 0: empty
-        const char *name;
-    };
-    HwESigGenFamily families;
-    Slot modules[3];
-};
-
-constexpr RequiredModules requiredModules[] = {
-    {0xFFFFFFF7, {{VQMDatabaseId, "Database"}, {VQMScpiId, "ScpiDll"}, {VQMGuiId, "GuiDll"}}},
-    {0x8, {{VQMDatabaseId, "Database"}, {0, ""}, {0, ""}}},
-};
-
-/// Index into groupCounters, -1 for a type that has no group.
-int groupOf(int moduleType)
-{
-    switch (moduleType) {
-    case VQMLoadable:
-    case VQMLoadable2:
-        return 0;
-    case VQMPlugIn:
-        return 1;
-    case VQMPlugInLoadable:
-    case VQMPlugInLoadable2:
-        return 2;
-    default:
-        return -1;
-    }
-}
-
 QString versionText(const char *label, int major, int minor, int build)
 {
     return QString::asprintf("%s: %2.2ld.%2.2ld.%2.2ld", label, long(major), long(minor), long(build));
@@ -66,13 +29,17 @@ std::vector<std::string> pathsOf(const QList<QFileInfo> &files)
     return paths;
 }
 
-/// Empty when the module is kept, else the reason that follows its file name in the debug output.
-QString refusal(const VQMModuleInfo *info, HwESigGenFamily family)
+/// What follows the file name of a module that is dropped in the debug output; empty when it is kept.
+QString refusalText(Refusal refusal)
 {
-    if ((info->targetMask & family) == 0)
+    switch (refusal) {
+    case Refusal::Family:
         return QStringLiteral(" module will be unloaded because it isn't necessary for this device!");
-    if ((info->moduleType & validTypes) == 0)
+    case Refusal::Type:
         return QStringLiteral(" module will be unloaded because of wrong module type");
+    case Refusal::None:
+        break;
+    }
     return QString();
 }
 
@@ -145,13 +112,14 @@ bool VQMMainStartupImplementation::loadModule(const QFileInfo &file, int *plugIn
     }
     if (!describeModule(record.get(), file))
         return false;
-    const QString reason = refusal(record->info, targetId);
+    const VQMModuleInfo *info = record->info;
+    const QString reason = refusalText(refusalOf(info->moduleType, info->targetMask, targetId));
     if (!reason.isEmpty()) {
         suDebugMsgOut(0, file.fileName() + reason, 3, 0);
         record->closeLibrary();
         return false;
     }
-    suDebugMsgOut(0, "Module Name             : " + QString::fromLatin1(record->info->name), 3, 0);
+    suDebugMsgOut(0, "Module Name             : " + QString::fromLatin1(info->name), 3, 0);
 
     record->createInstanceEntry =
         reinterpret_cast<CreateInstanceFunction>(record->getProcAddress(createInstanceSymbol));
@@ -159,8 +127,7 @@ bool VQMMainStartupImplementation::loadModule(const QFileInfo &file, int *plugIn
         reportMissingEntry(createInstanceSymbol, file);
         return false;
     }
-    const int id =
-        record->info->moduleType == VQMPlugIn ? firstPlugInId + (*plugInCounter)++ : record->info->defaultId;
+    const int id = moduleIdOf(info->moduleType, info->defaultId, plugInCounter);
     if (!createModuleObject(record.get(), id)) {
         reportMissingEntry(createInstanceSymbol, file);
         return false;

@@ -1,4 +1,5 @@
 #include "Startup/FirstException.h"
+#include "Startup/ModuleRules.h"
 #include "Startup/VQMMainStartupImplementation.h"
 #include "platform/VQMUtility.h"
 
@@ -8,27 +9,6 @@
 namespace Orvia {
 
 namespace {
-
-/// One module type: the order of the rows is the order of initialization, termination goes backwards.
-struct PlugInType
-{
-    int type;
-    const char *text;
-    int group; ///< index into groupCounters
-    ESuStage finished;
-    ESuStage terminating;
-};
-
-constexpr PlugInType plugInTypes[] = {
-    {VQMLoadable, "Loadable ", 0, SuInvalid, SuInvalid},
-    {VQMLoadable2, "Loadable ", 0, SuLoadablesFinished, SuTerminateLoadables},
-    {VQMPlugIn, "Plugin ", 1, SuPluginsFinished, SuTerminatePlugins},
-    {VQMPlugInLoadable, "Plugin Loadable ", 2, SuInvalid, SuInvalid},
-    {VQMPlugInLoadable2, "Plugin Loadable ", 2, SuPluginLoadablesFinished, SuTerminatePluginLoadables},
-};
-
-constexpr int allParts = VQMDatabasePart | VQMScpiPart | VQMGuiPart;
-constexpr const char *partTexts[] = {"Database ", "Scpi ", "Gui "};
 
 QString nameOf(const VQMLoadedModuleInformation *record)
 {
@@ -43,12 +23,12 @@ bool isPending(const VQMLoadedModuleInformation *record, int part, int parts)
 
 QString pendingParts(const VQMLoadedModuleInformation *record, int parts)
 {
-    QString text;
+    int pending = 0;
     for (int part = 0; part < 3; ++part) {
         if (isPending(record, part, parts))
-            text += QLatin1String(partTexts[part]);
+            pending |= 1 << part;
     }
-    return text;
+    return partsText(pending);
 }
 
 } // namespace
@@ -57,8 +37,8 @@ int VQMMainStartupImplementation::initializePlugIns(int parts)
 {
     VQMUtility::traceMessage("initializePlugIns");
     if (parts < 0)
-        parts &= allParts;
-    if (parts == 0 || parts > allParts) {
+        parts &= allModuleParts;
+    if (parts == 0 || parts > allModuleParts) {
         suDebugMsgOut(0, "Initializing Plugin: invalid part given", 3, 0);
         return 0;
     }
@@ -137,7 +117,7 @@ void VQMMainStartupImplementation::notePartsInitialized(VQMLoadedModuleInformati
             record->partInitialized[part] = true;
             ++group->partCounters[part].modulesInitialized;
         }
-        complete = complete && !isPending(record, part, allParts);
+        complete = complete && !isPending(record, part, allModuleParts);
     }
     if (complete && !record->initialized) {
         record->initialized = true;

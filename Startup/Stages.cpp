@@ -1,4 +1,5 @@
 #include "Startup/FirstException.h"
+#include "Startup/ModuleRules.h"
 #include "Startup/VQMMainStartupImplementation.h"
 #include "platform/VQMUtility.h"
 
@@ -38,17 +39,9 @@ const Stage &rowOf(ESuStage stage)
 
 QString describe(ESuStage stage, int parts)
 {
-    QString text = QLatin1String("Stage: ") + QLatin1String(stageText(stage));
-    if (parts < 0 || rowOf(stage).ofParts == nullptr)
-        return text;
-    text += "    Parts: ";
-    if ((parts & VQMDatabasePart) != 0)
-        text += "Database ";
-    if ((parts & VQMScpiPart) != 0)
-        text += "Scpi ";
-    if ((parts & VQMGuiPart) != 0)
-        text += "Gui ";
-    return text;
+    const QString text = QLatin1String("Stage: ") + QLatin1String(stageText(stage));
+    const bool hasParts = parts >= 0 && rowOf(stage).ofParts != nullptr;
+    return hasParts ? text + "    Parts: " + partsText(parts) : text;
 }
 
 void announce(Module *module, const Stage &stage, int parts)

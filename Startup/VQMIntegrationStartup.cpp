@@ -2,6 +2,7 @@
 
 #include "Startup/ComponentErrors.h"
 #include "Startup/IcppAnnouncementWrapper.h"
+#include "Startup/ModuleRules.h"
 #include "platform/Debug.h"
 #include "platform/VQMProperties.h"
 #include "platform/VQMUtility.h"
@@ -14,7 +15,7 @@ namespace {
 
 const QStringList &guiModuleOnly()
 {
-    static const QStringList names{"GuiDll"};
+    static const QStringList names{guiModuleName};
     return names;
 }
 
