@@ -52,7 +52,7 @@ void declareOptions(QCommandLineParser *parser)
                                       "takes it down again.");
     // "l" never reaches the parser with its argument; declared for the help text.
     parser->addOptions({
-        {"l", "The configuration: lists the module libraries to load. Required.", "file"},
+        {"l", "The configuration: lists the module libraries to load. Required, but for --check.", "file"},
         {"properties", "Properties. Default: the configuration's name ending in .ini, if there is one.",
          "file"},
         {"family", "Instrument family, decimal or 0x... Default: property Instrument/Family.", "bits"},
@@ -65,6 +65,10 @@ void declareOptions(QCommandLineParser *parser)
          "Start-up that is not complete shows in the exit code: a module is missing or could not be "
          "opened, or the configuration is damaged."},
         {"trace", "Write a trace to this file.", "file"},
+        {"check", "Start nothing: say what a start-up with this configuration would skip, refuse or fail at.",
+         "file"},
+        {"probe", "With --check: run each module for a moment, too, and print what start-up will do."},
+        {"json", "With --check: print one JSON document."},
         {"version", "Print the version."},
         {"help", "Print this help."},
     });
@@ -77,7 +81,32 @@ void printHelp(const QCommandLineParser &parser)
     text += "\nExit codes:\n";
     for (const ExitCodeMeaning &row : exitCodes)
         text += QString("  %1  %2\n").arg(static_cast<int>(row.code)).arg(row.text);
+    text += "\nExit codes of --check:\n";
+    for (const CheckExitCodeMeaning &row : checkExitCodes)
+        text += QString("  %1  %2\n").arg(static_cast<int>(row.code)).arg(row.text);
     std::fputs(text.toLocal8Bit().constData(), stdout);
+}
+
+/// Fills in what belongs to --check; returns what is wrong with it, empty when nothing is.
+QString readCheckOptions(const QCommandLineParser &parser, CommandLine *commandLine)
+{
+    const bool isCheck = parser.isSet("check");
+    commandLine->check = parser.value("check");
+    commandLine->probe = parser.isSet("probe");
+    commandLine->json = parser.isSet("json");
+    if (isCheck && commandLine->check.isEmpty())
+        return "--check needs a configuration";
+    if (isCheck && commandLine->loadList != nullptr)
+        return "--check starts nothing: -l does not go with it";
+    for (const char *option : {"offscreen", "headless", "until", "screenshot", "trace"}) {
+        if (isCheck && parser.isSet(option))
+            return QString("--check starts nothing: --") + option + " does not go with it";
+    }
+    for (const char *option : {"probe", "json"}) {
+        if (!isCheck && parser.isSet(option))
+            return QString("--") + option + " goes with --check only";
+    }
+    return QString();
 }
 
 /// Fills in the options; returns what is wrong with them, empty when nothing is.
@@ -85,7 +114,9 @@ QString readOptions(const QCommandLineParser &parser, CommandLine *commandLine)
 {
     if (!parser.positionalArguments().isEmpty())
         return "unexpected argument '" + parser.positionalArguments().first() + '\'';
-    if (commandLine->loadList == nullptr)
+    if (const QString problem = readCheckOptions(parser, commandLine); !problem.isEmpty())
+        return problem;
+    if (commandLine->check.isEmpty() && commandLine->loadList == nullptr)
         return "no configuration given: -l FILE is required";
     commandLine->properties = parser.value("properties");
     commandLine->trace = parser.value("trace");

@@ -14,7 +14,7 @@ namespace Orvia {
 /// The program arguments, understood.
 struct CommandLine
 {
-    const char *loadList = nullptr; ///< the argument of "-l", inside argv
+    const char *loadList = nullptr; ///< the argument of "-l", inside argv; null with check
     QString properties;             ///< empty for the file beside the load list
     std::optional<HwESigGenFamily> family;
     bool offscreen = false;
@@ -24,6 +24,9 @@ struct CommandLine
     QString screenshot;  ///< empty for none
     QStringList skipped; ///< module files to leave out
     bool strict = false; ///< start-up that is not complete shows in the exit code
+    QString check;       ///< configuration to check instead of starting; empty for none
+    bool probe = false;  ///< with check
+    bool json = false;   ///< with check
 };
 
 /// Reads the arguments as the startup object and this launcher share them. No value when there is nothing

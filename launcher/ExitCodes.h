@@ -39,6 +39,29 @@ inline constexpr ExitCodeMeaning exitCodes[] = {
     {ExitCode::Incomplete, "with --strict: start-up was not complete"},
 };
 
+/// How "mainstartup --check" ends.
+enum class CheckExitCode : int
+{
+    Clean = 0,
+    Defects = 1,
+    NotChecked = 2,
+};
+
+struct CheckExitCodeMeaning
+{
+    CheckExitCode code;
+    const char *text;
+};
+
+/// What --help prints.
+inline constexpr CheckExitCodeMeaning checkExitCodes[] = {
+    {CheckExitCode::Clean, "clean, notes at most"},
+    {CheckExitCode::Defects, "defects found"},
+    {CheckExitCode::NotChecked,
+     "could not check: wrong command line, configuration or properties unreadable, "
+     "or no family to plan for"},
+};
+
 /// The exit code of a run: the first problem noted. Any thread.
 class ExitStatus
 {

@@ -1,6 +1,8 @@
 #include "launcher/Launcher.h"
 
+#include "launcher/CheckCommand.h"
 #include "launcher/GuiThreadQueue.h"
+#include "launcher/InstrumentSettings.h"
 #include "launcher/LauncherApplication.h"
 #include "launcher/MessageBoxes.h"
 #include "launcher/ProgressDisplay.h"
@@ -15,7 +17,6 @@
 #include "platform/VQMUtility.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <optional>
 #include <utility>
@@ -35,14 +36,6 @@ public:
         report(caption + ": " + text.simplified());
     }
 };
-
-/// The properties file that goes with a configuration; empty when there is none.
-QString propertiesBeside(const QString &configuration)
-{
-    const QFileInfo file(configuration);
-    const QString name = file.path() + '/' + file.completeBaseName() + ".ini";
-    return QFileInfo::exists(name) ? name : QString();
-}
 
 } // namespace
 
@@ -66,12 +59,10 @@ int Launcher::run()
 
 bool Launcher::loadProperties()
 {
-    QString file = m_commandLine.properties;
-    if (file.isEmpty())
-        file = propertiesBeside(QString::fromLocal8Bit(m_commandLine.loadList));
-    QString error;
-    if (!file.isEmpty() && !VQMProperties::load(file, &error)) {
-        report("properties: " + error);
+    const QString error =
+        Orvia::loadProperties(m_commandLine, QString::fromLocal8Bit(m_commandLine.loadList));
+    if (!error.isEmpty()) {
+        report(error);
         m_status.note(ExitCode::Configuration);
         return false;
     }
@@ -82,21 +73,12 @@ bool Launcher::loadProperties()
 
 bool Launcher::chooseFamily()
 {
-    const QString property = VQMProperties::getStringProperty("Instrument", "Family", QString(), 0, nullptr);
-    if (m_commandLine.family) {
-        m_family = *m_commandLine.family;
-        return true;
-    }
-    if (property.isEmpty()) {
-        report(
-            "the instrument family is not known: give --family BITS or set the property Instrument/Family");
-        m_status.note(ExitCode::Usage);
-        return false;
-    }
-    const std::optional<HwESigGenFamily> family = parseFamily(property);
+    QString error;
+    bool isMissing = false;
+    const std::optional<HwESigGenFamily> family = instrumentFamily(m_commandLine, &error, &isMissing);
     if (!family) {
-        report("property Instrument/Family: " + property + ": not a bit set (decimal or 0x..., not 0)");
-        m_status.note(ExitCode::Configuration);
+        report(error);
+        m_status.note(isMissing ? ExitCode::Usage : ExitCode::Configuration);
         return false;
     }
     m_family = *family;
@@ -221,5 +203,7 @@ extern "C" int vqmLauncherMain(int argc, char **argv)
     const std::optional<Orvia::CommandLine> commandLine = Orvia::parseCommandLine(argc, argv, &exitCode);
     if (!commandLine)
         return static_cast<int>(exitCode);
+    if (!commandLine->check.isEmpty())
+        return Orvia::runCheck(*commandLine);
     return Orvia::Launcher(*commandLine, argc, argv).run();
 }
