@@ -13,8 +13,11 @@ using Operation = StartupRecord::Operation;
 using Outcome = StartupRecord::Outcome;
 
 /// In the order of Operation; Own has no row.
-constexpr std::string_view operations[] = {"phase",  "read",       "open",  "look-up",   "describe",
-                                           "create", "initialize", "stage", "terminate", "close"};
+constexpr std::string_view operations[] = {"phase",    "read",      "open",       "look-up",
+                                           "describe", "create",    "initialize", "start-gui",
+                                           "stage",    "terminate", "close"};
+
+constexpr std::size_t maxDepth = 200; ///< whoever is deeper in spans has forgotten to end them
 
 constexpr std::string_view moduleInfoSymbol = "VQMGetModuleInfo";
 constexpr std::string_view createInstanceSymbol = "VQMCreateModuleInterfaceInstance";
@@ -28,7 +31,7 @@ std::string subjectOf(Operation operation, std::string_view text)
     if (operation == Operation::Stage) {
         subject = std::string(before(text, ": ")) + ": ";
         text = behind(text, ": ");
-    } else if (operation == Operation::Initialize) {
+    } else if (operation == Operation::Initialize || operation == Operation::StartGui) {
         text = text.substr(0, text.rfind(", parts "));
     } else {
         return std::string(text);
@@ -166,7 +169,7 @@ bool StartupRecord::takeErrorLine(std::string_view text, const Thread *speaker)
 
 void StartupRecord::begin(std::string_view name, std::string_view subject, Thread *speaker)
 {
-    if (!knows(name))
+    if (!knows(name) || speaker->open.size() >= maxDepth)
         return;
     const Operation operation = operationOf(name);
     if (operation == Operation::Own) {
@@ -183,8 +186,12 @@ void StartupRecord::begin(std::string_view name, std::string_view subject, Threa
         module = moduleToClose(subject);
     else if (operation == Operation::Initialize)
         module = moduleOf(subject.substr(0, subject.rfind(", parts ")));
+    else if (operation == Operation::StartGui)
+        module = moduleOf(subject);
     else if (operation == Operation::Stage)
         module = moduleOf(behind(subject, ": "));
+    if (operation == Operation::Initialize && module >= 0 && m_modules[module].outcome == Outcome::Up)
+        m_modules[module].outcome = Outcome::Created; // until this part is up as well
     push(operation, subjectOf(operation, subject), module, speaker);
 }
 
@@ -192,10 +199,11 @@ void StartupRecord::end(std::string_view name, std::string_view result, Thread *
 {
     if (speaker == nullptr || !knows(name))
         return;
+    const Operation operation = operationOf(name);
     const auto match = std::find_if(speaker->open.rbegin(), speaker->open.rend(), [&](int index) {
         const Span &span = m_spans[index];
-        return span.operation == operationOf(name) &&
-               (span.operation != Operation::Own || before(span.subject, ": ") == name);
+        return span.operation == operation &&
+               (operation != Operation::Own || before(span.subject, ": ") == name);
     });
     if (match == speaker->open.rend())
         return;

@@ -24,6 +24,7 @@ public:
         Describe, ///< the call of VQMGetModuleInfo; without lines of its own, as are Create and Terminate
         Create,
         Initialize,
+        StartGui, ///< of the Gui module, which may bring others up in it
         Stage,
         Terminate,
         Close,
