@@ -35,6 +35,12 @@ std::string_view withoutPath(std::string_view reason, std::string_view path)
     return take(&rest, path) && take(&rest, ": ") ? rest : reason;
 }
 
+/// What was opened and got no further has been reached.
+Outcome outcomeOf(const StartupRecord::Module &module)
+{
+    return module.outcome == Outcome::NeverReached && module.isOpened ? Outcome::Created : module.outcome;
+}
+
 /// The module by its name once the start-up has called it by that, else by its file.
 std::string lineOf(const char *text, const StartupRecord::Module &module)
 {
@@ -67,7 +73,7 @@ std::vector<std::string> summaryOf(const StartupRecord &record)
                                    secondsText(record.startupEnd())};
     for (const OutcomeText &row : outcomeTexts) {
         for (const StartupRecord::Module &module : modules) {
-            if (module.outcome == row.outcome)
+            if (outcomeOf(module) == row.outcome)
                 lines.push_back(lineOf(row.text, module));
         }
         if (row.outcome == Outcome::NotOpened) {

@@ -29,12 +29,12 @@ class Trace:
     def describes(self, name):
         return self.opens(name).say("begin look-up: VQMGetModuleInfo", "end look-up")
 
-    def creates(self, name):
-        return self.describes(name).say(f"Module Name             : {name}",
+    def creates(self, name, file=None):
+        return self.describes(file or name).say(f"Module Name             : {name}",
                                         "begin look-up: VQMCreateModuleInterfaceInstance", "end look-up")
 
-    def discovers(self, name, number):
-        return self.creates(name).say(f"Module Id               : {number}")
+    def discovers(self, name, number, file=None):
+        return self.creates(name, file).say(f"Module Id               : {number}")
 
     def initializes(self, label, end="end initialize", parts=-1, thread=INIT):
         return self.say(f"begin initialize: {label}, parts {parts}", end, thread=thread)
@@ -87,8 +87,9 @@ def mixed():
     trace.say("Could not find\\n  Database\\nmodule in\\n /some/folder", "No load list ", "end phase")
     trace.initializes("0 Up").initializes("77 Up", "end initialize: status 1").initializes("3 Stage")
     trace.initializes("1 Status", "end initialize: status 5").initializes("2 Throws", "end initialize: threw no disk")
-    trace.initializes("4 Down").stage("modules finished", "3 Stage", end="end stage: threw bad state")
-    trace.say("begin phase: shutdown", "Terminate Down...", "end phase", "exit: 5")
+    trace.initializes("4 Down").stage("modules finished", "3 Stage", "1 Status", end="end stage: threw bad state")
+    trace.say("begin phase: shutdown", "Terminate Idle...", "...ok", "Terminate Down...", "Terminate Throws...",
+              "...ok", "end phase", "exit: 5")
     return trace
 
 
@@ -115,7 +116,7 @@ class AnalyzeTest(unittest.TestCase):
         self.folder = pathlib.Path(folder.name)
 
     def run_tool(self, *arguments, code=0):
-        done = subprocess.run([os.environ["ANALYZE"], *map(str, arguments)], capture_output=True, timeout=60)
+        done = subprocess.run([os.environ["ANALYZE"], *map(str, arguments)], capture_output=True, timeout=30)
         self.assertEqual(done.returncode, code, done.stdout[-2000:] + done.stderr)
         return (done.stderr if code == 2 else done.stdout).decode()
 
@@ -141,12 +142,15 @@ class AnalyzeTest(unittest.TestCase):
 
     def test_died_in(self):
         def started():
-            return Trace().say("begin phase: base modules").discovers("Database", 4)
+            return Trace().say("begin phase: event loop", thread=GUI).say("begin phase: base modules").discovers(
+                "Database", 4)
 
         for trace, where in (
                 (Trace().opens("Crash", "a module's own text"), "open Crash.so"),
                 (Trace().describes("Crash"), "describe Crash.so"),
                 (Trace().creates("Crash").say("begin open: /x/plug.so", "end open"), "create Crash.so"),
+                (started().discovers("Database", 5).say("Terminate Database...", "...ok", "Terminate Database..."),
+                 "terminate Database (id 4)"),
                 (started().say("begin initialize: 4 Database, parts -1", "begin calibrate: ch1"),
                  "initialize Database (id 4), in its calibrate: ch1"),
                 (started().say("begin stage: modules finished: 4 Database"),
@@ -162,9 +166,19 @@ class AnalyzeTest(unittest.TestCase):
                 self.assert_has(text, f"died in: {where}, on thread init-context, {trace.time / 1e6:.3f} s after the "
                                 f"start, {(trace.time - begun) / 1e6:.3f} s into it",
                                 "thread mainstartup was in: event loop")
+                self.assert_has(text, " of 2 modules" if "...ok" in trace.text() else " of 1 module ",
+                                "not initialized: ")
         text = self.analyze(started().say("Terminate Database...", "...ok"), code=1)
         self.assert_has(text, "died in: base modules, on")
-        self.assert_has(self.analyze(good().text().replace("exit: 0", "later"), code=1), "nothing under way")
+        self.assert_has(self.analyze(good().say("later"), code=1), "nothing under way")
+
+    def test_one_defect_is_enough(self):
+        for defect in (["Could not find\\n  Database\\nmodule in\\n /x"], ["No load list "],
+                       [f"begin open: {FOLDER}x.so", "end open: no"],
+                       ["begin stage: x: 4 Database", "end stage: threw"]):
+            trace = good()
+            last = trace.lines.pop()
+            self.analyze(trace.say(*defect, last.split("] ")[1]), code=1)
 
     def test_blame_counts_time_once(self):
         trace = Trace().discovers("Fast", 1).discovers("Slow", 2).say("begin initialize: 2 Slow, parts -1")
@@ -181,7 +195,8 @@ class AnalyzeTest(unittest.TestCase):
         chain = [row[2] for row in table]
         self.assertEqual([text for text in chain if ": " in text and not text.startswith("stage")],
                          ["init-context: module discovery", "init-context: base modules", "mainstartup: the Gui stage"])
-        self.assertIn(["0.000000", "0.032000", "mainstartup waited for init-context"], table)
+        self.assertEqual([row for row in table if "waited" in row[2]],
+                         [["0.000000", "0.032000", "mainstartup waited for init-context"]])
         self.assertIn(["0.024000", "0.003000", "initialize Database"], table)
         outer = [row for row, line in zip(table, lines[2:]) if line[27] != " " and "waited" not in line]
         self.assertEqual(sum(float(row[1]) for row in outer), 0.042)
@@ -200,9 +215,15 @@ class AnalyzeTest(unittest.TestCase):
                 self.assertTrue(not stack or end <= stack[-1], event)
                 stack.append(end)
         self.assertEqual([e["name"] for e in events if e["ph"] == "B"], ["describe Crash.so"])
+        events = json.loads(self.analyze(mixed(), "json", code=1))["traceEvents"]
+        self.assertIn(("terminate Down", 1000), [(event["name"], event.get("dur")) for event in events])
         events = json.loads(self.analyze(good(), "json"))["traceEvents"]
         self.assertIn({"cat": "initialize", "dur": 3000, "ph": "X", "pid": 1, "tid": 101, "ts": 24000,
                        "name": "initialize Database", "args": {"path": FOLDER + "Database.so"}}, events)
+        twins = Trace().discovers("Twin", 1, "a").discovers("Twin", 2, "b").initializes("2 Twin").initializes("1 Twin")
+        twins = json.loads(self.analyze(twins, "json", code=1))["traceEvents"]
+        self.assertEqual([event["args"]["path"] for event in twins if event.get("cat") == "initialize"],
+                         [FOLDER + "b.so", FOLDER + "a.so"])
         self.assertEqual([e["name"] for e in events if e["ph"] == "i"],
                          ["stage modules finished", "stage plugins finished", "stage complete finished"])
 
@@ -230,11 +251,12 @@ class AnalyzeTest(unittest.TestCase):
             self.assertIn(text, texts)
 
     def test_large_and_odd(self):
-        trace = Trace().say("end phase", "end", "begin ", "begin", "begin open", "end open", "Terminate ", "Terminate x",
-                            "Stage: ", "Module Id : x", "...ok", "Could not find", "begin initialize: x, parts",
-                            "begin stage: 1", "begin open: ", "Module Name", "Could not access the interface method ",
+        trace = Trace().say("end phase", "end", "begin ", "begin", "begin open", "end open", "Terminate ",
+                            "Terminate x", "Stage: ", "Module Id : x", "...ok", "Could not find",
+                            "begin initialize: x, parts", "begin stage: 1", "begin open: ", "Module Name",
+                            "Could not access the interface method ",
                             "exit: x", "exit: 0 not the last", "begin close: ", "listed: ", "Could not load module")
-        for number in range(50000):
+        for number in range(100000):
             trace.say(f"begin step: {number % 7}", "end step" if number % 3 else "end other")
         trace.say("end phase", "exit: 0")
         for command in ("summary", "blame", "critical-path", "svg", "json"):

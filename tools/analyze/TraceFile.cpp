@@ -56,7 +56,6 @@ QString readTrace(const QString &fileName, StartupRecord *record)
         return fileName + ": " + file.errorString();
 
     std::string_view rest(content.constData(), static_cast<std::size_t>(content.size()));
-    rest = rest.substr(0, rest.find_last_not_of('\0') + 1);
     int number = 0;
     for (std::size_t end; (end = rest.find('\n')) != std::string_view::npos; rest.remove_prefix(end + 1)) {
         ++number;
