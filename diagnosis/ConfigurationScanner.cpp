@@ -140,12 +140,12 @@ ConfigurationScanner::Level ConfigurationScanner::placeOf(qsizetype offset) cons
     return {static_cast<int>(next - m_lineStarts.begin()), static_cast<int>(offset - *(next - 1)) + 1};
 }
 
-/// The tag just read ends before the locator's place, and no tag holds another "<".
+/// The tag just read ends at the locator's place, and no tag holds another "<".
 ConfigurationScanner::Level ConfigurationScanner::placeOfTag() const
 {
     const int line = std::clamp<int>(m_locator->lineNumber(), 1, static_cast<int>(m_lineStarts.size()));
     const qsizetype end = m_lineStarts[static_cast<std::size_t>(line) - 1] + m_locator->columnNumber() - 1;
-    return placeOf(std::max<qsizetype>(m_text.lastIndexOf('<', std::max<qsizetype>(end - 1, 0)), 0));
+    return placeOf(std::max<qsizetype>(m_text.lastIndexOf('<', std::min(end, m_text.size() - 1)), 0));
 }
 
 void ConfigurationScanner::checkElement(const ConfigurationElement &element)

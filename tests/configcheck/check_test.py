@@ -114,9 +114,12 @@ class Corpus(CheckCase):
             return section(load_list('<File name="Database.so"/>') + "<ModuleLoadList>" + "<a>" * (depth - 5)
                            + '<Directory nameLinux="x"/>' + "</a>" * (depth - 5) + "</ModuleLoadList>")
 
+        next_group = '</Group>\n<Group id="H" label="H">\n'
         for text, rule, number in (
                 (menu(items(99)), "menu-limit", 0), (menu(items(101)), "menu-limit", 2),
                 (menu(subgroups(99)), "menu-limit", 0), (menu(subgroups(100)), "menu-limit", 1),
+                (menu(items(99) + next_group + items(99)), "menu-limit", 0),
+                (menu(subgroups(99) + next_group + subgroups(100)), "menu-limit", 1),
                 (section(load_list(f'<File name="Database.so"{more(31)}/>')), "attribute-unknown", 31),
                 (section(load_list(f'<File name="Database.so"{more(32)}/>')), "attribute-count", 1),
                 (nested(64), "level-too-deep", 0), (nested(65), "level-too-deep", 1),
