@@ -193,9 +193,10 @@ class Plan(CheckCase):
     FILES = ["plugin", "gui", "plugload256", "database", "family4", "loadable32", "absent", "type2", "scpi",
              "plugload128", "base3", "loadable16"]
 
-    def compare(self, code, configuration, *mode):
+    def compare(self, code, configuration, *mode, **environment):
         plan = json.loads(self.check(code, configuration, "--probe", "--json").output)["plan"]
-        trace = [line for _, line in self.run_traced(0, "-l", configuration, "--until", "complete finished", *mode)[1]]
+        _, trace = self.run_traced(0, "-l", configuration, "--until", "complete finished", *mode, **environment)
+        trace = [line for _, line in trace]
         self.assertEqual(plan["steps"], [line for line in trace if PLAN_LINE.match(line)])
         ids = [int(line.split(":")[1]) for line in trace if line.startswith("Module Id ")]
         self.assertEqual([module["id"] for module in plan["modules"]], sorted(ids))
@@ -205,7 +206,8 @@ class Plan(CheckCase):
         ini.write_text(pathlib.Path(PROPERTIES).read_text())
         copy = self.folder / "instrument.xml"
         copy.write_text(pathlib.Path(EXAMPLE).read_text())
-        self.compare(1, str(copy), "--offscreen")
+        # LeakSanitizer itself crashes in every third run of the front panel; leaks are looked for elsewhere.
+        self.compare(1, str(copy), "--offscreen", ASAN_OPTIONS="detect_leaks=0")
 
     def test_all_types(self):
         configuration = self.configure(*self.FILES)
