@@ -46,11 +46,13 @@ Launcher::Launcher(const CommandLine &commandLine, int argc, char **argv)
 
 int Launcher::run()
 {
-    if (loadProperties() && chooseFamily() && claimConfiguration() && startTrace()) {
-        leaveBreadcrumbs();
-        runInstrument();
-        m_observer.pauseBreadcrumbs();
-        report(QString("shut down in order, exit code %1").arg(m_status.code()));
+    if (loadProperties() && chooseFamily() && lockConfiguration() && startTrace()) {
+        if (isOnlyInstance()) {
+            leaveBreadcrumbs();
+            runInstrument();
+            m_observer.pauseBreadcrumbs();
+            report(QString("shut down in order, exit code %1").arg(m_status.code()));
+        }
         VQMUtility::traceMessage(("exit: " + std::to_string(m_status.code())).c_str());
         VQMUtility::stopTrace();
     }
@@ -85,9 +87,9 @@ bool Launcher::chooseFamily()
     return true;
 }
 
-bool Launcher::claimConfiguration()
+bool Launcher::lockConfiguration()
 {
-    if (m_instance.claim(m_commandLine.loadList))
+    if (m_instance.lock(m_commandLine.loadList))
         return true;
     m_status.note(ExitCode::AnotherInstance);
     return false;
@@ -100,6 +102,14 @@ bool Launcher::startTrace()
         return true;
     report("--trace: " + error);
     m_status.note(ExitCode::Usage);
+    return false;
+}
+
+bool Launcher::isOnlyInstance()
+{
+    if (SingleInstance::isAlone(m_commandLine.loadList))
+        return true;
+    m_status.note(ExitCode::AnotherInstance);
     return false;
 }
 

@@ -22,8 +22,9 @@ private:
     // Each reports and notes what is wrong; false when the run ends there.
     bool loadProperties();
     bool chooseFamily();
-    bool claimConfiguration();
+    bool lockConfiguration();
     bool startTrace();
+    bool isOnlyInstance();
 
     void leaveBreadcrumbs();
     void runInstrument();

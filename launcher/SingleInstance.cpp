@@ -2,6 +2,7 @@
 
 #include "Startup/VQMIntegrationStartup.h"
 #include "launcher/Report.h"
+#include "platform/TraceSpan.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -40,19 +41,10 @@ QString lockFileName(const QString &loadList)
 
 } // namespace
 
-bool SingleInstance::claim(const char *loadList)
+bool SingleInstance::lock(const char *loadList)
 {
     const QString name = QString::fromLocal8Bit(loadList);
-    if (isSeenTwice(loadList)) {
-        report("another mainstartup runs with " + name);
-        return false;
-    }
-    return lock(name);
-}
-
-bool SingleInstance::lock(const QString &loadList)
-{
-    m_lock = std::make_unique<QLockFile>(lockFileName(loadList));
+    m_lock = std::make_unique<QLockFile>(lockFileName(name));
     m_lock->setStaleLockTime(0); // locked for as long as the process lives
     // The file may name a process that is gone and whose number is in use again. While the holder lives, the
     // kernel's lock on the file keeps it from being removed.
@@ -68,7 +60,16 @@ bool SingleInstance::lock(const QString &loadList)
     QString program;
     if (!m_lock->getLockInfo(&pid, &host, &program))
         program = QStringLiteral("unknown program");
-    report(QString("%1 is in use by process %2 (%3)").arg(loadList).arg(pid).arg(program));
+    report(QString("%1 is in use by process %2 (%3)").arg(name).arg(pid).arg(program));
+    return false;
+}
+
+bool SingleInstance::isAlone(const char *loadList)
+{
+    const TraceSpan span("phase", "the single-instance test");
+    if (!isSeenTwice(loadList))
+        return true;
+    report("another mainstartup runs with " + QString::fromLocal8Bit(loadList));
     return false;
 }
 
