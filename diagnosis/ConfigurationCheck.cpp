@@ -38,6 +38,8 @@ void addModuleFindings(CheckReport *report, const Findings &findings,
         finding.file = report->file;
         finding.line = file.line;
         finding.column = file.column;
+        if (finding.rule == unknownTypeRule) // dropped without an error, as one of another family is
+            finding.severity = Finding::Severity::Note;
         report->findings.append(finding);
     }
 }

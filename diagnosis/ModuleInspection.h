@@ -59,6 +59,8 @@ struct ModuleProbe
 
 /// Rule of the one finding of a probe that could not be made, through no fault of the module.
 inline constexpr const char *notProbedRule = "not-probed";
+/// The rule of a module whose type discovery drops.
+inline constexpr const char *unknownTypeRule = "type-unknown";
 
 /// Opens the library in a child process, takes its record, creates a module object, asks it, deletes it and
 /// closes the library. The module is not initialized, and there is no application object. Returns after

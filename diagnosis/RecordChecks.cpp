@@ -1,6 +1,6 @@
 #include "diagnosis/RecordChecks.h"
 
-#include "registry/VQMModuleContract.h"
+#include "Startup/ModuleRules.h"
 
 #include <algorithm>
 
@@ -11,8 +11,6 @@ namespace {
 constexpr int maxNameLength = 31;
 constexpr int knownTypes[] = {VQMBaseModule, VQMLoadable,       VQMLoadable2,
                               VQMPlugIn,     VQMPlugInLoadable, VQMPlugInLoadable2};
-constexpr int typeBits = 0x1f1; ///< discovery drops modules with none of them
-constexpr int partBits = VQMDatabasePart | VQMScpiPart | VQMGuiPart;
 
 struct FixedRole
 {
@@ -51,20 +49,20 @@ Findings checkRecord(const QString &file, const ModuleProbe::Record &record)
     const int type = record.moduleType;
     const bool isKnown =
         std::find(std::begin(knownTypes), std::end(knownTypes), type) != std::end(knownTypes);
-    if ((type & typeBits) == 0)
+    if ((type & validModuleTypes) == 0)
         findings.append(
-            defect(file, "type-unknown", "module type " + hexadecimal(type) + " is unknown: never kept"));
+            defect(file, unknownTypeRule, "module type " + hexadecimal(type) + " is unknown: never kept"));
     else if (!isKnown)
         findings.append(defect(file, "type-inexact",
                                "module type " + hexadecimal(type) +
-                                   " is none of the known ones: kept, but never initialized"));
+                                   " is none of the known ones: kept, but counted in no group"));
     if (record.families == 0)
         findings.append(defect(file, "no-family", "serves no instrument family: never kept"));
-    if ((record.parts & ~partBits) != 0)
+    if ((record.parts & ~allModuleParts) != 0)
         findings.append(
             defect(file, "part-unknown",
-                   "parts " + hexadecimal(record.parts) + " have bits beyond " + hexadecimal(partBits)));
-    if (isKnown && type != VQMBaseModule && (record.parts & partBits) == 0)
+                   "parts " + hexadecimal(record.parts) + " have bits beyond " + hexadecimal(allModuleParts)));
+    if (isKnown && type != VQMBaseModule && (record.parts & allModuleParts) == 0)
         findings.append(defect(file, "no-part", "has none of the parts: never initialized"));
     for (const FixedRole &role : fixedRoles) {
         if (type != VQMPlugIn && record.defaultId == role.id &&

@@ -98,7 +98,7 @@ QString readCheckOptions(const QCommandLineParser &parser, CommandLine *commandL
         return "--check needs a configuration";
     if (isCheck && commandLine->loadList != nullptr)
         return "--check starts nothing: -l does not go with it";
-    for (const char *option : {"offscreen", "headless", "until", "screenshot", "trace"}) {
+    for (const char *option : {"offscreen", "headless", "until", "screenshot", "trace", "skip", "strict"}) {
         if (isCheck && parser.isSet(option))
             return QString("--check starts nothing: --") + option + " does not go with it";
     }
