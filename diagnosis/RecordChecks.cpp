@@ -59,9 +59,9 @@ Findings checkRecord(const QString &file, const ModuleProbe::Record &record)
     if (record.families == 0)
         findings.append(defect(file, "no-family", "serves no instrument family: never kept"));
     if ((record.parts & ~allModuleParts) != 0)
-        findings.append(
-            defect(file, "part-unknown",
-                   "parts " + hexadecimal(record.parts) + " have bits beyond " + hexadecimal(allModuleParts)));
+        findings.append(defect(file, "part-unknown",
+                               "parts " + hexadecimal(record.parts) + " have bits beyond " +
+                                   hexadecimal(allModuleParts)));
     if (isKnown && type != VQMBaseModule && (record.parts & allModuleParts) == 0)
         findings.append(defect(file, "no-part", "has none of the parts: never initialized"));
     for (const FixedRole &role : fixedRoles) {

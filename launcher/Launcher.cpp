@@ -123,14 +123,13 @@ void Launcher::leaveBreadcrumbs()
 
 void Launcher::runInstrument()
 {
-    std::optional<TraceSpan> preparing(std::in_place, "phase", "the application object");
+    std::optional<TraceSpan> preparing(std::in_place, "phase", "the application and its windows");
     const bool hasGui = VQMUtility::isGuiEnabled();
     HwAbstractionLayer::createHostRepository();
     LauncherApplication::choosePlatform(m_commandLine.offscreen || !hasGui);
     int qtArgc = 1; // none of ours are Qt's
     char *qtArgv[] = {m_argv[0], nullptr};
     LauncherApplication application(qtArgc, qtArgv);
-    preparing.reset();
 
     const AlertReporter alertReporter;
     GuiThreadQueue queue;
@@ -186,6 +185,7 @@ void Launcher::runInstrument()
         });
     application.setExceptionHandler([&sequence] { sequence.eventThrew(); });
     const SignalWatcher signals([&sequence] { sequence.requestShutdown(); });
+    preparing.reset();
     sequence.run();
 }
 

@@ -14,8 +14,8 @@ public:
     /// False when another launcher holds this configuration's lock, which is reported. A lock that cannot be
     /// created is reported and otherwise ignored.
     bool lock(const char *loadList);
-    /// False when another launcher stands in the list of processes with this configuration, which is reported.
-    /// Slow. Changes the environment for a moment: call it before there are other threads.
+    /// False when another launcher stands in the list of processes with this configuration, which is
+    /// reported. Slow. Changes the environment for a moment: call it before there are other threads.
     static bool isAlone(const char *loadList);
 
 private:
