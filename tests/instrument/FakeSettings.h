@@ -2,11 +2,13 @@
 
 #include "examples/instrument/SettingsDatabase.h"
 
+#include <mutex>
 #include <utility>
 
 namespace Orvia {
 
-/// Settings in memory, with a disk that can be made to fail. One rule, one listener, no locks.
+/// Settings in memory, with a disk that can be made to fail. One rule, one listener; values are read on
+/// the GUI thread while another sets them.
 class FakeSettings : public SettingsDatabase
 {
 public:
@@ -18,6 +20,7 @@ public:
 
     std::string value(const std::string &key, const std::string &defaultValue) const override
     {
+        const std::lock_guard lock(m_mutex);
         const auto found = values.find(key);
         return found != values.end() ? found->second : defaultValue;
     }
@@ -29,8 +32,11 @@ public:
             *refused = conflict;
         if (conflict || diskFails)
             return false;
-        for (const auto &[key, text] : changed)
-            values[key] = text;
+        {
+            const std::lock_guard lock(m_mutex);
+            for (const auto &[key, text] : changed)
+                values[key] = text;
+        }
         if (listener)
             listener(changed);
         return true;
@@ -54,6 +60,7 @@ public:
     Rule rule;
 
 private:
+    mutable std::mutex m_mutex;
     VQMModuleVersion m_version{interfaceMajor, 0, 0};
 };
 
