@@ -1,7 +1,8 @@
 #pragma once
 
-/// The contract between the start-up library and every module library: all that a module author includes.
-/// Needs neither Qt nor any library of this project.
+/// The contract between the start-up library and every module library. Needs neither Qt nor any library of
+/// this project. Authors of modules start from registry/VQMModule.h (in C: registry/VQMModuleC.h), which is
+/// made on top of it, and the function vqm_add_module() of CMake.
 ///
 /// A module library is a shared library that exports two functions:
 ///
@@ -18,6 +19,9 @@
 class QWidget;
 
 namespace Orvia {
+
+/// Version of all that stands here: grows with every change that a module can tell.
+inline constexpr std::int32_t contractVersion = 1;
 
 /// Instrument families as a bit set; a module serves an instrument when their sets share a bit.
 using HwESigGenFamily = std::uint32_t;
@@ -152,6 +156,18 @@ inline constexpr const char *moduleInfoSymbol = "VQMGetModuleInfo";
 inline constexpr const char *createInstanceSymbol = "VQMCreateModuleInterfaceInstance";
 using GetModuleInfoFunction = const VQMModuleInfo *(*)();
 using CreateInstanceFunction = VQMModuleInterface *(*)(int id);
+
+/// A module library's description of itself for those who do not load it: an ELF note (section .note.vqm),
+/// which vqm_add_module() puts into the file. Its contents are eight words of 32 bits, the same on 32 and 64
+/// bit, in the byte order of the machine:
+///
+///     contractVersion, of the contract that it was built with
+///     major, minor, build, defaultId, moduleType, parts, targetMask, as in its VQMModuleInfo
+///
+/// and then the name, with a zero at its end; behind it, later versions may append. Libraries without this
+/// note are modules as well.
+inline constexpr const char *moduleNoteOwner = "VQM";
+inline constexpr std::uint32_t moduleNoteType = 1;
 
 // The binary layout. On 32 bit every field is one word; on 64 bit the fields and their order are the same.
 namespace layout {

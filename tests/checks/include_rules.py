@@ -10,6 +10,8 @@ import tempfile
 
 CORE = ["platform", "registry", "Startup", "xmlconfig", "gui"]
 CONTRACT = "registry/VQMModuleContract.h"
+SDK = {"registry/VQMModule.h", "registry/VQMModuleC.h"}
+STANDARD = re.compile(r"^[a-z_]+(\.h)?$")
 PLATFORM_LEAVES = {"xmlconfig/CSearchTblPair.h", "xmlconfig/SMenuTree.h"}
 
 # folder: folders and single headers that its files may include besides their own
@@ -22,8 +24,8 @@ RULES = {
     "diagnosis": set(CORE),
     "launcher": set(CORE) | {"diagnosis"},
     "tools": set(CORE) | {"diagnosis"},
-    "examples": {CONTRACT, "platform", "xmlconfig/SMenuTree.h"},
-    "tests/modules": {CONTRACT, "platform"},
+    "examples": SDK | {CONTRACT, "platform", "xmlconfig/SMenuTree.h"},
+    "tests/modules": SDK | {CONTRACT, "platform"},
     "tests": set(CORE) | {"diagnosis", "launcher", "tools", "examples"},
     "benchmarks": set(CORE) | {"diagnosis", "launcher", "tools", "examples"},
 }
@@ -44,11 +46,13 @@ def problem(source, quoted, angled):
     if angled:
         if source == CONTRACT and angled not in ("cstddef", "cstdint", "vector"):
             return "the module contract needs nothing but <cstddef>, <cstdint> and <vector>"
+        if source in SDK and not STANDARD.match(angled):
+            return "what module libraries include needs nothing but the standard library"
         if folder in NO_QT_WIDGETS and WIDGETS.match(angled):
             return f"only gui/ and what builds on it may use widgets"
         return None
-    if source == CONTRACT:
-        return "the module contract includes nothing of ours"
+    if source == CONTRACT or source in SDK and quoted != CONTRACT:
+        return "what module libraries include is the contract and what is made on top of it"
     target = folder_of(quoted)
     if target is None:
         return "includes are written from the root"
@@ -83,12 +87,13 @@ def self_test():
     files = {
         "platform/A.h": '#include "xmlconfig/CSearchTblPair.h"\n#include "registry/B.h"\n',
         "registry/VQMModuleContract.h": "#include <cstdint>\n#include <QString>\n",
+        "registry/VQMModule.h": '#include <type_traits>\n#include <QString>\n#include "registry/B.h"\n',
         "registry/C.cpp": '#include "platform/A.h"\n#include <QWidget>\n#include "platform/host/H.h"\n',
         "gui/G.cpp": '#include "Startup/S.h"\n#include <QWidget>\n#include "G.h"\n',
         "examples/i/M.cpp": '#include "registry/VQMModuleContract.h"\n#include "registry/CPtrSearchTbl.h"\n',
     }
     expected = ["examples/i/M.cpp:2", "gui/G.cpp:3", "platform/A.h:2", "registry/C.cpp:2", "registry/C.cpp:3",
-                "registry/VQMModuleContract.h:2"]
+                "registry/VQMModule.h:2", "registry/VQMModule.h:3", "registry/VQMModuleContract.h:2"]
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)
         for name, text in files.items():

@@ -1,6 +1,6 @@
 /// Modules that do what no module should, each in one way: FAULT.
 
-#include "registry/VQMModuleContract.h"
+#include "registry/VQMModule.h"
 
 #include <csignal>
 #include <cstdio>
@@ -149,7 +149,7 @@ __attribute__((destructor)) static void closed()
     dieIf(Fault::DiesWhenClosed, SIGBUS);
 }
 
-extern "C" __attribute__((visibility("default"))) const Orvia::VQMModuleInfo *VQMGetModuleInfo()
+extern "C" const Orvia::VQMModuleInfo *VQMGetModuleInfo()
 {
     if (fault == Fault::ExitsInInfo)
         _exit(3);
@@ -158,13 +158,12 @@ extern "C" __attribute__((visibility("default"))) const Orvia::VQMModuleInfo *VQ
     Dl_info self;
     if (fault == Fault::OpensItself && dladdr(MODULE_NAME, &self) != 0)
         dlopen(self.dli_fname, RTLD_LAZY);
-    static const Orvia::VQMModuleInfo info = {{},        Counter<0>::value, 14,           159, MODULE_NAME,
-                                              MODULE_ID, MODULE_TYPE,       MODULE_PARTS, 2};
+    static Orvia::VQMModuleInfo info = VQM_MODULE_INFO;
+    info.major = Counter<0>::value;
     return &info;
 }
 
-extern "C" __attribute__((visibility("default"))) Orvia::VQMModuleInterface *
-VQMCreateModuleInterfaceInstance(int id)
+extern "C" Orvia::VQMModuleInterface *VQMCreateModuleInterfaceInstance(int id)
 {
     sleepIfSlow();
     if (fault == Fault::ForksAndDies)

@@ -27,7 +27,9 @@ typedef struct
     uint32_t targetMask;
 } ModuleInfo;
 
-static const ModuleInfo info = {{-1, -1}, 7, 8, 9, MODULE_NAME, MODULE_ID, 0x1, 0, 0xFFFFFFFF};
+static const ModuleInfo info = {{-1, -1},         VQM_MODULE_MAJOR, VQM_MODULE_MINOR,
+                                VQM_MODULE_BUILD, VQM_MODULE_NAME,  VQM_MODULE_ID,
+                                VQM_MODULE_TYPE,  VQM_MODULE_PARTS, VQM_MODULE_FAMILY};
 
 /* The widget that position 18 answers; of the unit tests. */
 void *testMainWidget(void) __attribute__((weak));

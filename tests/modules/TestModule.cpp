@@ -1,7 +1,7 @@
-/// One source of many module libraries: what each says of itself and how it misbehaves comes from the compile
-/// definitions in CMakeLists.txt.
+/// One source of many module libraries: what each says of itself and how it misbehaves comes from
+/// CMakeLists.txt.
 
-#include "registry/VQMModuleContract.h"
+#include "registry/VQMModule.h"
 #include "tests/modules/ModuleLog.h"
 
 #include <stdexcept>
@@ -55,7 +55,7 @@ public:
     {
         moduleLog("getModuleName");
         throwIf<Behaviour::ThrowsInName>();
-        return behaviour == Behaviour::NullName ? nullptr : MODULE_NAME;
+        return behaviour == Behaviour::NullName ? nullptr : VQM_MODULE_NAME;
     }
     int getModuleId() override
     {
@@ -114,24 +114,17 @@ __attribute__((destructor)) void logClosing()
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const Orvia::VQMModuleInfo *VQMGetModuleInfo()
+extern "C" const Orvia::VQMModuleInfo *VQMGetModuleInfo()
 {
     moduleLog("info");
     throwIf<Behaviour::ThrowsInInfo>();
-    static const Orvia::VQMModuleInfo info = {{},
-                                              3,
-                                              14,
-                                              159,
-                                              MODULE_NAME,
-                                              MODULE_ID >= 0 ? MODULE_ID : numberOfFile(),
-                                              MODULE_TYPE,
-                                              MODULE_PARTS,
-                                              MODULE_FAMILIES};
+    static Orvia::VQMModuleInfo info = VQM_MODULE_INFO;
+    if (info.defaultId < 0)
+        info.defaultId = numberOfFile();
     return behaviour == Behaviour::NullInfo ? nullptr : &info;
 }
 
-extern "C" __attribute__((visibility("default"))) Orvia::VQMModuleInterface *
-VQMCreateModuleInterfaceInstance(int id)
+extern "C" Orvia::VQMModuleInterface *VQMCreateModuleInterfaceInstance(int id)
 {
     moduleLog("create %d", id);
     throwIf<Behaviour::ThrowsInCreate>();

@@ -4,7 +4,7 @@
 #include "gui/MainWidget.h"
 #include "gui/VQMMainGui.h"
 #include "platform/VQMUtility.h"
-#include "registry/VQMModuleContract.h"
+#include "registry/VQMModule.h"
 
 #include <QApplication>
 #include <QEvent>
@@ -75,16 +75,10 @@ void postStartGui()
                                     new QEvent(static_cast<QEvent::Type>(Orvia::eStartGui)));
 }
 
-class ProbeModule : public Orvia::VQMDllModuleInterface
+class ProbeModule : public Orvia::VQMModule<>
 {
 public:
-    Orvia::VQMModuleVersion *getInterfaceVersion() override
-    {
-        static Orvia::VQMModuleVersion version(0, 0, 1);
-        return &version;
-    }
-    const char *getModuleName() override { return "Probe"; }
-    int getModuleId() override { return 5; }
+    using VQMModule::VQMModule;
     int initialize(Orvia::VQMAnchorInterface *, int) override
     {
         if (isAskedTo("wait in initialize"))
@@ -129,9 +123,9 @@ private:
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const Orvia::VQMModuleInfo *VQMGetModuleInfo()
+extern "C" const Orvia::VQMModuleInfo *VQMGetModuleInfo()
 {
-    static const Orvia::VQMModuleInfo info = {{}, 0, 0, 1, "Probe", 5, Orvia::VQMBaseModule, 0, 0xFFFFFFFF};
+    static const Orvia::VQMModuleInfo info = VQM_MODULE_INFO;
     if (isAskedTo("wait in discovery"))
         passGate();
     else if (isAskedTo("abort discovery"))
@@ -139,8 +133,7 @@ extern "C" __attribute__((visibility("default"))) const Orvia::VQMModuleInfo *VQ
     return &info;
 }
 
-extern "C" __attribute__((visibility("default"))) Orvia::VQMModuleInterface *
-VQMCreateModuleInterfaceInstance(int)
+extern "C" Orvia::VQMModuleInterface *VQMCreateModuleInterfaceInstance(int id)
 {
-    return new ProbeModule;
+    return new ProbeModule(id);
 }

@@ -1,7 +1,7 @@
 /// A Gui module with a window; VQM_TEST_WINDOW chooses what happens once start-up is complete.
 
 #include "platform/VQMUtility.h"
-#include "registry/VQMModuleContract.h"
+#include "registry/VQMModule.h"
 #include "tests/modules/ModuleLog.h"
 
 #include <QApplication>
@@ -20,16 +20,10 @@ bool isAskedTo(std::string_view what)
     return chosen != nullptr && what == chosen;
 }
 
-class WindowModule : public Orvia::VQMDllModuleInterface
+class WindowModule : public Orvia::VQMModule<>
 {
 public:
-    Orvia::VQMModuleVersion *getInterfaceVersion() override
-    {
-        static Orvia::VQMModuleVersion version(0, 0, 1);
-        return &version;
-    }
-    const char *getModuleName() override { return "GuiDll"; }
-    int getModuleId() override { return Orvia::VQMGuiId; }
+    using VQMModule::VQMModule;
     int initialize(Orvia::VQMAnchorInterface *, int) override
     {
         m_window = std::make_unique<QLabel>("The window");
@@ -70,15 +64,4 @@ private:
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const Orvia::VQMModuleInfo *VQMGetModuleInfo()
-{
-    static const Orvia::VQMModuleInfo info = {
-        {}, 0, 0, 1, "GuiDll", Orvia::VQMGuiId, Orvia::VQMBaseModule, 0, 0xFFFFFFFF};
-    return &info;
-}
-
-extern "C" __attribute__((visibility("default"))) Orvia::VQMModuleInterface *
-VQMCreateModuleInterfaceInstance(int)
-{
-    return new WindowModule;
-}
+VQM_MODULE(WindowModule)

@@ -8,9 +8,6 @@ namespace Orvia {
 
 namespace {
 
-constexpr VQMModuleInfo moduleInfo = {
-    {0, 0}, 1, 0, 0, "AmMod", 50, VQMPlugIn, VQMDatabasePart | VQMScpiPart | VQMGuiPart, signalGenerators};
-
 /// The peaks of the envelope stay within what the output can do.
 bool keepsPeakLevel(const SettingsDatabase &settings, SettingsMap *changed)
 {
@@ -51,9 +48,9 @@ ExtensionContent content()
 class AmModModule final : public Extension
 {
 public:
-    explicit AmModModule(int id) : Extension(moduleInfo, id, content()) {}
+    explicit AmModModule(int id) : Extension(id, content()) {}
 };
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::AmModModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::AmModModule)

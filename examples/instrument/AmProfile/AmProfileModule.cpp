@@ -8,9 +8,6 @@ namespace Orvia {
 
 namespace {
 
-constexpr VQMModuleInfo moduleInfo = {
-    {0, 0}, 1, 0, 0, "AmProfile", 40, VQMPlugInLoadable, VQMDatabasePart | VQMScpiPart, signalGenerators};
-
 struct Profile
 {
     double depth;     ///< in percent
@@ -54,9 +51,9 @@ ExtensionContent content()
 class AmProfileModule final : public Extension
 {
 public:
-    explicit AmProfileModule(int id) : Extension(moduleInfo, id, content()) {}
+    explicit AmProfileModule(int id) : Extension(id, content()) {}
 };
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::AmProfileModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::AmProfileModule)

@@ -6,9 +6,6 @@ namespace Orvia {
 
 namespace {
 
-constexpr VQMModuleInfo moduleInfo = {{0, 0},          1, 0, 0, "CableLoss", 30, VQMLoadable, VQMScpiPart,
-                                      signalGenerators};
-
 constexpr NumberSetting state = {"correction/state", 0, 1, 0};
 constexpr NumberSetting loss = {"correction/loss", 0, 60, 0}; // in dB at the reference frequency
 constexpr double referenceFrequency = 1e9;
@@ -36,9 +33,9 @@ ExtensionContent content()
 class CableLossModule final : public Extension
 {
 public:
-    explicit CableLossModule(int id) : Extension(moduleInfo, id, content()) {}
+    explicit CableLossModule(int id) : Extension(id, content()) {}
 };
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::CableLossModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::CableLossModule)

@@ -14,11 +14,6 @@ namespace Orvia {
 
 namespace {
 
-constexpr VQMModuleInfo moduleInfo = {
-    {0, 0}, 1, 0, 0, "Database", VQMDatabaseId, VQMBaseModule, 0, signalGenerators | powerMeters};
-
-VQMModuleVersion interfaceVersion(SettingsDatabase::interfaceMajor, 0, 0);
-
 constexpr int registrationId = 104;
 
 enum DatabaseError
@@ -52,7 +47,7 @@ QString keysOf(const SettingsMap &values)
 
 } // namespace
 
-DatabaseModule::DatabaseModule(int id) : ModuleBase(moduleInfo, id, interfaceVersion) {}
+DatabaseModule::DatabaseModule(int id) : ModuleBase(id) {}
 
 DatabaseModule::~DatabaseModule()
 {
@@ -174,4 +169,4 @@ void DatabaseModule::close()
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::DatabaseModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::DatabaseModule)

@@ -15,7 +15,7 @@ namespace Orvia {
 /// is the property "Database"/"file", relative to the folder of the properties.
 ///
 /// The file is used on a thread of the module's own; whoever sets a value waits for it.
-class DatabaseModule final : public ModuleBase<SettingsDatabase>
+class DatabaseModule final : public ModuleBase<SettingsDatabase, SettingsDatabase::interfaceMajor>
 {
 public:
     explicit DatabaseModule(int id);

@@ -7,10 +7,7 @@
 
 namespace Orvia {
 
-Extension::Extension(const VQMModuleInfo &info, int id, ExtensionContent content)
-    : ModuleBase(info, id), m_declaredParts(info.parts), m_content(std::move(content))
-{
-}
+Extension::Extension(int id, ExtensionContent content) : ModuleBase(id), m_content(std::move(content)) {}
 
 Extension::~Extension()
 {
@@ -30,8 +27,9 @@ int Extension::initialize(VQMAnchorInterface *anchor, int parts)
         {VQMScpiPart, &Extension::addCommands, "Scpi"},
         {VQMGuiPart, &Extension::addPage, "Gui"},
     };
+    const int declaredParts = VQMGetModuleInfo()->parts;
     for (const auto &[part, bringUp, name] : steps) {
-        if ((parts & m_declaredParts & ~m_parts & part) == 0)
+        if ((parts & declaredParts & ~m_parts & part) == 0)
             continue;
         m_parts |= part;
         const bool isThere = (this->*bringUp)();

@@ -28,7 +28,7 @@ struct ExtensionContent
 class Extension : public ModuleBase<VQMPlugInDllModuleInterface>
 {
 public:
-    Extension(const VQMModuleInfo &info, int id, ExtensionContent content);
+    Extension(int id, ExtensionContent content);
     /// Takes out what is there still: terminate() is for modules whose parts are all up.
     ~Extension() override;
 
@@ -42,7 +42,6 @@ private:
     void removePage();
     void takeDown();
 
-    const int m_declaredParts;
     const ExtensionContent m_content;
     VQMAnchorInterface *m_anchor = nullptr;
     int m_parts = 0; ///< that are up

@@ -4,9 +4,6 @@ namespace Orvia {
 
 namespace {
 
-constexpr VQMModuleInfo moduleInfo = {
-    {0, 0}, 1, 0, 0, "FreqSweep", 31, VQMLoadable2, VQMDatabasePart | VQMScpiPart, signalGenerators};
-
 constexpr NumberSetting start = {"sweep/start", frequencySetting.minimum, frequencySetting.maximum, 500e6};
 constexpr NumberSetting stop = {"sweep/stop", frequencySetting.minimum, frequencySetting.maximum, 1500e6};
 constexpr NumberSetting points = {"sweep/points", 2, 10000, 101};
@@ -38,9 +35,9 @@ ExtensionContent content()
 class FreqSweepModule final : public Extension
 {
 public:
-    explicit FreqSweepModule(int id) : Extension(moduleInfo, id, content()) {}
+    explicit FreqSweepModule(int id) : Extension(id, content()) {}
 };
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::FreqSweepModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::FreqSweepModule)

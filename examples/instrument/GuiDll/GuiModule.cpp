@@ -11,23 +11,14 @@
 
 namespace Orvia {
 
-namespace {
-
-constexpr VQMModuleInfo moduleInfo = {{0, 0},          1, 0, 0, "GuiDll", VQMGuiId, VQMBaseModule, 0,
-                                      signalGenerators};
-
-VQMModuleVersion interfaceVersion(FrontPanel::interfaceMajor, 0, 0);
-
-} // namespace
-
 /// The GuiDll module: owns the window of the front panel.
 ///
 /// initialize() and startGui() run on the GUI thread, terminate() and the destructor on the thread that takes
 /// the modules down, while the GUI thread's event loop runs.
-class GuiModule final : public ModuleBase<FrontPanel>
+class GuiModule final : public ModuleBase<FrontPanel, FrontPanel::interfaceMajor>
 {
 public:
-    explicit GuiModule(int id) : ModuleBase(moduleInfo, id, interfaceVersion) {}
+    using ModuleBase::ModuleBase;
     ~GuiModule() override { takeDown(); }
 
     int initialize(VQMAnchorInterface *anchor, int /*parts*/) override
@@ -103,4 +94,4 @@ private:
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::GuiModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::GuiModule)

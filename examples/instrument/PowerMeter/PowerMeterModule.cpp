@@ -6,8 +6,6 @@ namespace Orvia {
 
 namespace {
 
-constexpr VQMModuleInfo moduleInfo = {{0, 0}, 1, 0, 0, "PowerMeter", 9, VQMBaseModule, 0, powerMeters};
-
 constexpr NumberSetting averages = {"meter/averages", 1, 1024, 16};
 
 } // namespace
@@ -17,7 +15,7 @@ constexpr NumberSetting averages = {"meter/averages", 1, 1024, 16};
 class PowerMeterModule final : public ModuleBase<>
 {
 public:
-    explicit PowerMeterModule(int id) : ModuleBase(moduleInfo, id) {}
+    using ModuleBase::ModuleBase;
 
     int initialize(VQMAnchorInterface *anchor, int /*parts*/) override
     {
@@ -32,4 +30,4 @@ public:
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::PowerMeterModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::PowerMeterModule)

@@ -6,9 +6,6 @@ namespace Orvia {
 
 namespace {
 
-constexpr VQMModuleInfo moduleInfo = {
-    {0, 0}, 1, 0, 0, "PulseMod", 51, VQMPlugIn, VQMDatabasePart | VQMScpiPart | VQMGuiPart, signalGenerators};
-
 bool keepsWidthBelowPeriod(const SettingsDatabase &settings, SettingsMap *changed)
 {
     return !concerns(*changed, {pulseWidthSetting, pulsePeriodSetting}) ||
@@ -43,9 +40,9 @@ ExtensionContent content()
 class PulseModModule final : public Extension
 {
 public:
-    explicit PulseModModule(int id) : Extension(moduleInfo, id, content()) {}
+    explicit PulseModModule(int id) : Extension(id, content()) {}
 };
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::PulseModModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::PulseModModule)

@@ -5,9 +5,6 @@ namespace Orvia {
 
 namespace {
 
-constexpr VQMModuleInfo moduleInfo = {
-    {0, 0}, 1, 0, 0, "PulseTrain", 41, VQMPlugInLoadable2, VQMScpiPart, signalGenerators};
-
 constexpr NumberSetting count = {"train/count", 1, 1000, 1};
 constexpr NumberSetting pause = {"train/pause", 0, 10, 0}; // between two trains, in s
 
@@ -30,9 +27,9 @@ ExtensionContent content()
 class PulseTrainModule final : public Extension
 {
 public:
-    explicit PulseTrainModule(int id) : Extension(moduleInfo, id, content()) {}
+    explicit PulseTrainModule(int id) : Extension(id, content()) {}
 };
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::PulseTrainModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::PulseTrainModule)

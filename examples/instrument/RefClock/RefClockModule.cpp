@@ -3,17 +3,11 @@
 
 namespace Orvia {
 
-namespace {
-
-constexpr VQMModuleInfo moduleInfo = {{0, 0}, 1, 0, 0, "RefClock", 20, VQMBaseModule, 0, signalGenerators};
-
-} // namespace
-
 /// The reference oscillator, option REFCLOCK: takes up the source that was chosen last.
 class RefClockModule final : public ModuleBase<>
 {
 public:
-    explicit RefClockModule(int id) : ModuleBase(moduleInfo, id) {}
+    using ModuleBase::ModuleBase;
 
     int initialize(VQMAnchorInterface *anchor, int /*parts*/) override
     {
@@ -28,4 +22,4 @@ public:
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::RefClockModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::RefClockModule)

@@ -10,11 +10,6 @@ namespace Orvia {
 
 namespace {
 
-constexpr VQMModuleInfo moduleInfo = {{0, 0},          1, 0, 0, "ScpiDll", VQMScpiId, VQMBaseModule, 0,
-                                      signalGenerators};
-
-VQMModuleVersion interfaceVersion(ScpiRegistry::interfaceMajor, 0, 0);
-
 /// What initialize() returns when the module cannot do its work.
 enum ScpiModuleStatus
 {
@@ -31,18 +26,19 @@ QString property(const char *section, const char *key, const char *defaultValue)
 /// Manufacturer, model, serial number and firmware version.
 std::string identification()
 {
+    const VQMModuleInfo *info = VQMGetModuleInfo();
     return QString("%1,%2,%3,%4.%5.%6")
         .arg(property("Instrument", "Manufacturer", "Orvia"), property("Instrument", "Model", "SG-100"),
              property("Instrument", "Serial", "0"))
-        .arg(moduleInfo.major)
-        .arg(moduleInfo.minor)
-        .arg(moduleInfo.build)
+        .arg(info->major)
+        .arg(info->minor)
+        .arg(info->build)
         .toStdString();
 }
 
 } // namespace
 
-ScpiModule::ScpiModule(int id) : ModuleBase(moduleInfo, id, interfaceVersion) {}
+ScpiModule::ScpiModule(int id) : ModuleBase(id) {}
 
 ScpiModule::~ScpiModule() = default;
 
@@ -97,4 +93,4 @@ int ScpiModule::listen()
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::ScpiModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::ScpiModule)

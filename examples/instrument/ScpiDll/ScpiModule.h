@@ -14,7 +14,7 @@ namespace Orvia {
 /// "Scpi"/"port"; 0 picks a free port, the log tells which.
 ///
 /// initialize() and terminate() run on one thread, whose event loop serves the clients in between.
-class ScpiModule final : public ModuleBase<ScpiRegistry>
+class ScpiModule final : public ModuleBase<ScpiRegistry, ScpiRegistry::interfaceMajor>
 {
 public:
     explicit ScpiModule(int id);

@@ -6,8 +6,6 @@ namespace Orvia {
 
 namespace {
 
-constexpr VQMModuleInfo moduleInfo = {{0, 0}, 1, 0, 0, "SelfTest", 12, VQMBaseModule, 0, signalGenerators};
-
 constexpr int registrationId = 112;
 constexpr int noDatabase = 62001;
 constexpr int selfTestFailed = 62002;
@@ -25,7 +23,7 @@ constexpr CErrorManager::SErrorDefinition selfTestErrors[] = {
 class SelfTestModule final : public ModuleBase<>
 {
 public:
-    explicit SelfTestModule(int id) : ModuleBase(moduleInfo, id) {}
+    using ModuleBase::ModuleBase;
 
     int initialize(VQMAnchorInterface *anchor, int /*parts*/) override
     {
@@ -53,4 +51,4 @@ public:
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::SelfTestModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::SelfTestModule)

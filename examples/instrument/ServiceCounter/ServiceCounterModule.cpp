@@ -6,12 +6,6 @@ namespace Orvia {
 
 namespace {
 
-/// A module type that this generation of the start-up does not know: it drops the module.
-constexpr int serviceModule = 0x2;
-
-constexpr VQMModuleInfo moduleInfo = {{0, 0},          1, 0, 0, "ServiceCounter", 14, serviceModule, 0,
-                                      signalGenerators};
-
 constexpr NumberSetting starts = {"service/starts", 0, 1e9, 0};
 
 } // namespace
@@ -20,7 +14,7 @@ constexpr NumberSetting starts = {"service/starts", 0, 1e9, 0};
 class ServiceCounterModule final : public ModuleBase<>
 {
 public:
-    explicit ServiceCounterModule(int id) : ModuleBase(moduleInfo, id) {}
+    using ModuleBase::ModuleBase;
 
     int initialize(VQMAnchorInterface *anchor, int /*parts*/) override
     {
@@ -38,4 +32,4 @@ public:
 
 } // namespace Orvia
 
-VQM_MODULE_ENTRY_POINTS(Orvia::ServiceCounterModule, Orvia::moduleInfo)
+VQM_MODULE(Orvia::ServiceCounterModule)
