@@ -1,5 +1,7 @@
 #include "diagnosis/ElfLibrary.h"
 
+#include "registry/VQMModuleContract.h"
+
 #include <QFile>
 
 #include <array>
@@ -163,6 +165,41 @@ void readDynamic(Elf *elf, ElfLibrary *library, std::uint64_t *flags)
     library->noDelete = (*flags & DF_1_NODELETE) != 0;
 }
 
+/// The notes of one segment; false if one of them is not as its header says.
+bool takeNotes(Elf_Data *data, QList<QByteArray> *moduleNotes)
+{
+    const QByteArray moduleOwner(moduleNoteOwner, qsizetype(std::strlen(moduleNoteOwner)) + 1);
+    GElf_Nhdr note;
+    std::size_t owner = 0;
+    std::size_t contents = 0;
+    for (std::size_t next = 0; next < data->d_size;) {
+        next = gelf_getnote(data, next, &note, &owner, &contents);
+        if (next == 0)
+            return false;
+        const char *bytes = static_cast<const char *>(data->d_buf);
+        if (note.n_type == moduleNoteType &&
+            QByteArray(bytes + owner, qsizetype(note.n_namesz)) == moduleOwner)
+            moduleNotes->append(QByteArray(bytes + contents, qsizetype(note.n_descsz)));
+    }
+    return true;
+}
+
+void readNotes(Elf *elf, const GElf_Ehdr &header, std::uint64_t fileSize, ElfLibrary *library)
+{
+    for (int i = 0; i < header.e_phnum; ++i) {
+        GElf_Phdr segment;
+        if (gelf_getphdr(elf, i, &segment) == nullptr || segment.p_type != PT_NOTE || segment.p_filesz == 0)
+            continue;
+        const bool isInFile = !lacks(fileSize, segment.p_offset, segment.p_filesz);
+        Elf_Data *data =
+            isInFile ? elf_getdata_rawchunk(elf, static_cast<std::int64_t>(segment.p_offset),
+                                            segment.p_filesz, segment.p_align == 8 ? ELF_T_NHDR8 : ELF_T_NHDR)
+                     : nullptr;
+        if (data == nullptr || !takeNotes(data, &library->moduleNotes))
+            library->hasDamagedNotes = true;
+    }
+}
+
 bool isExported(const GElf_Sym &symbol)
 {
     const int visibility = GELF_ST_VISIBILITY(symbol.st_other);
@@ -208,6 +245,7 @@ ElfLibrary readContents(ElfLibrary library, int file, std::uint64_t fileSize, El
     readDynamic(elf.get(), &library, &flags);
     if (header.e_type != ET_DYN || (flags & DF_1_PIE) != 0 || !hasDynamicSegment(elf.get(), header))
         return refused(library, "not-a-library", "is an ELF file, but no shared library");
+    readNotes(elf.get(), header, fileSize, &library);
     if (symbols == ElfSymbols::Read)
         readSymbols(elf.get(), &library);
     return library;

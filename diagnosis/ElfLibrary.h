@@ -20,6 +20,9 @@ struct ElfLibrary
     bool noDelete = false;  ///< asks the loader to keep it mapped
     bool hasTables = false; ///< has section headers, without which what follows and `needed` are empty
 
+    QList<QByteArray> moduleNotes; ///< what notes of module libraries contain, numbers as in this process
+    bool hasDamagedNotes = false;  ///< there are notes that cannot be told apart
+
     QSet<QByteArray> functions;      ///< that it exports; empty unless asked for
     QList<QByteArray> uniqueSymbols; ///< that it defines as unique in the process; empty unless asked for
 };

@@ -1,5 +1,6 @@
 #include "diagnosis/ElfLibrary.h"
 #include "diagnosis/ModuleInspection.h"
+#include "diagnosis/ModuleNotes.h"
 #include "diagnosis/NeededLibraries.h"
 #include "registry/VQMModuleContract.h"
 
@@ -9,7 +10,7 @@ FileInspection inspectModuleFile(const QString &path)
 {
     using enum Finding::Severity;
     const ElfLibrary library = readElfLibrary(path, ElfSymbols::Read);
-    FileInspection inspection{library.rule.isEmpty(), library.kind, library.needed, {}};
+    FileInspection inspection{library.rule.isEmpty(), library.kind, library.needed, {}, {}};
     const auto add = [&](Finding::Severity severity, const char *rule, const QString &text) {
         inspection.findings.append({severity, rule, path, 0, 0, text});
     };
@@ -17,6 +18,7 @@ FileInspection inspectModuleFile(const QString &path)
         inspection.findings.append({Defect, library.rule, path, 0, 0, library.problem});
         return inspection;
     }
+    inspection.note = readModuleNote(path, library, &inspection.findings);
     if (!library.hasTables) {
         add(Note, "not-checked", "has no section headers: its symbols and its needs are not checked");
         return inspection;

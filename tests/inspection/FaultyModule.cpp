@@ -155,10 +155,10 @@ extern "C" const Orvia::VQMModuleInfo *VQMGetModuleInfo()
         _exit(3);
     if (fault == Fault::ClosesResults)
         close(3);
-    Dl_info self;
-    if (fault == Fault::OpensItself && dladdr(MODULE_NAME, &self) != 0)
-        dlopen(self.dli_fname, RTLD_LAZY);
     static Orvia::VQMModuleInfo info = VQM_MODULE_INFO;
+    Dl_info self;
+    if (fault == Fault::OpensItself && dladdr(&info, &self) != 0)
+        dlopen(self.dli_fname, RTLD_LAZY);
     info.major = Counter<0>::value;
     return &info;
 }

@@ -189,7 +189,8 @@ class NeededLibraries(ModinfoCase):
 class Running(ModinfoCase):
     def test_what_modules_answer(self):
         for name, expected in {
-                "base3": "", "numbered": "", "name31": "", "plugin": "", "loadable32": "", "plugload256": "",
+                "base3": "", "numbered": ("note-differs", "its note says id -1, its record 0"),
+                "name31": "", "plugin": "", "loadable32": "", "plugload256": "",
                 "handmade": "note:interface-not-checked", "name40": "name-too-long name-too-long",
                 "null_info": ("record-missing", "null pointer"), "null_object": "no-part object-missing",
                 "null_name": "name-missing", "null_version": "interface-version-missing",
@@ -250,20 +251,23 @@ class Program(ModinfoCase):
         lines = process.stdout.splitlines()
         self.assertEqual((process.returncode, process.stderr), (1, ""))
         self.assertRegex(lines[0], rf"^{FAULTY}/sound.so: 64-bit x86-64, needs (\S+ )*libstdc\+\+.so.6 ")
-        self.assertEqual(lines[1], f'{FAULTY}/sound.so: "sound", type 0x10, id 20, version 0.14.159, parts 0x1, '
-                                   'families 0x2')
-        self.assertEqual(lines[4], f"{MODULES}/family0.so: defect: serves no instrument family: never kept [no-family]")
+        values = '"sound", type 0x10, id 20, version 0.14.159, parts 0x1, families 0x2'
+        self.assertEqual(lines[1:3], [f"{FAULTY}/sound.so: module note: contract 1, {values}",
+                                      f"{FAULTY}/sound.so: record: {values}"])
+        self.assertEqual(lines[6], f"{MODULES}/family0.so: defect: serves no instrument family: never kept [no-family]")
         self.assertEqual(lines[-1], "vqm-modinfo: files: 3, defects: 1, notes: 1")
-        self.assertEqual(len(lines), 9)
+        self.assertEqual(len(lines), 12)
 
     def test_json(self):
         process = modinfo("--run", "--json", FAULTY / "sound.so", MODULES / "plugin.so", MODULES / "null_name.so")
         document = json.loads(process.stdout)
         self.assertEqual([sorted(document), document["defects"], document["notes"]],
                          [["defects", "files", "notes"], 1, 0])
+        record = {"name": "sound", "version": "0.14.159", "id": 20, "type": 16, "parts": 1, "families": 2}
+        self.assertEqual(document["files"][0]["note"], {"contract": 1, **record})
         self.assertEqual(document["files"][0]["run"], {
             "complete": True,
-            "record": {"name": "sound", "version": "0.14.159", "id": 20, "type": 16, "parts": 1, "families": 2},
+            "record": record,
             "object": {"name": "two\nlines % ", "handedId": 20, "id": 20, "interfaceVersion": "1.2.345"}})
         self.assertEqual(document["files"][1]["run"]["object"]["handedId"], 10000)
         read = subprocess.run(["jq", "-c", "[.files[].run.object.name]"], input=process.stdout, text=True,

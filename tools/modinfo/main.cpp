@@ -57,6 +57,8 @@ Inspection inspect(const QString &path, const Options &options)
         if (!isSaid(inspection.file.findings, finding.rule))
             inspection.findings.append(finding);
     }
+    if (inspection.file.note && inspection.probe->record)
+        inspection.findings += compareWithNote(path, *inspection.file.note, *inspection.probe->record);
     return inspection;
 }
 
@@ -80,20 +82,27 @@ void print(const QString &line)
     std::fputs((line + '\n').toLocal8Bit().constData(), stdout);
 }
 
+QString inWords(const ModuleProbe::Record &record)
+{
+    return nameText(record.name) + ", type " + hexadecimal(static_cast<std::uint32_t>(record.moduleType)) +
+           QString(", id %1, version ").arg(record.defaultId) + versionText(record.version) + ", parts " +
+           hexadecimal(static_cast<std::uint32_t>(record.parts)) + ", families " +
+           hexadecimal(record.families);
+}
+
 void printText(const Inspection &inspection)
 {
     const FileInspection &file = inspection.file;
     if (!file.kind.isEmpty())
         print(inspection.path + ": " + file.kind +
               (file.needed.isEmpty() ? QString() : ", needs " + file.needed.join(' ')));
-    if (inspection.probe && inspection.probe->record) {
-        const ModuleProbe::Record &record = *inspection.probe->record;
-        print(inspection.path + ": " + nameText(record.name) + ", type " +
-              hexadecimal(static_cast<std::uint32_t>(record.moduleType)) +
-              QString(", id %1, version ").arg(record.defaultId) + versionText(record.version) + ", parts " +
-              hexadecimal(static_cast<std::uint32_t>(record.parts)) + ", families " +
-              hexadecimal(record.families));
-    }
+    if (file.note)
+        print(inspection.path + ": module note: contract " + QString::number(file.note->contractVersion) +
+              ", " + inWords(file.note->record));
+    else if (file.isLibrary)
+        print(inspection.path + ": no note");
+    if (inspection.probe && inspection.probe->record)
+        print(inspection.path + ": record: " + inWords(*inspection.probe->record));
     for (const Finding &finding : inspection.findings)
         print(toText(finding));
 }
@@ -103,14 +112,27 @@ QJsonValue jsonName(const QString &name)
     return name.isNull() ? QJsonValue() : QJsonValue(name);
 }
 
+QJsonObject toJson(const ModuleProbe::Record &record)
+{
+    return {{"name", jsonName(record.name)}, {"version", versionText(record.version)},
+            {"id", record.defaultId},        {"type", record.moduleType},
+            {"parts", record.parts},         {"families", static_cast<qint64>(record.families)}};
+}
+
+QJsonValue toJson(const std::optional<ModuleNote> &note)
+{
+    if (!note)
+        return QJsonValue();
+    QJsonObject json = toJson(note->record);
+    json["contract"] = note->contractVersion;
+    return json;
+}
+
 QJsonObject toJson(const ModuleProbe &probe)
 {
     QJsonObject json{{"complete", probe.complete}};
-    if (const auto &record = probe.record)
-        json["record"] = QJsonObject{
-            {"name", jsonName(record->name)}, {"version", versionText(record->version)},
-            {"id", record->defaultId},        {"type", record->moduleType},
-            {"parts", record->parts},         {"families", static_cast<qint64>(record->families)}};
+    if (probe.record)
+        json["record"] = toJson(*probe.record);
     if (const auto &object = probe.object) {
         const auto &version = object->interfaceVersion;
         json["object"] =
@@ -131,6 +153,7 @@ QJsonObject toJson(const Inspection &inspection)
                      {"isLibrary", inspection.file.isLibrary},
                      {"kind", inspection.file.kind},
                      {"needed", QJsonArray::fromStringList(inspection.file.needed)},
+                     {"note", toJson(inspection.file.note)},
                      {"findings", findings}};
     if (inspection.probe)
         json["run"] = toJson(*inspection.probe);
