@@ -13,6 +13,7 @@ import unittest
 
 MODINFO, FUNCTION = os.environ["MODINFO"], os.environ["FUNCTION"]
 INSTRUMENT, MODULES = (pathlib.Path(os.environ[name]) for name in ("INSTRUMENT", "MODULES"))
+EXAMPLES = pathlib.Path(os.environ["SOURCE"]) / "examples"
 ENTRY_POINTS = {"VQMGetModuleInfo", "VQMCreateModuleInterfaceInstance"}
 
 
@@ -158,6 +159,67 @@ class Flags(SdkCase):
         for library in libraries:
             self.assertEqual(exports(library), ENTRY_POINTS, library)
             self.assertRegex(run("readelf", "-dW", library).stdout, r"\(FLAGS\) +SYMBOLIC BIND_NOW\n")
+
+
+class Templates(SdkCase):
+    """As an author has them: copied away from the tree, built on the installed package."""
+
+    def setUp(self):
+        super().setUp()
+        self.prefix = self.folder / "installed"
+        installed = run("cmake", "--install", os.environ["BUILD"], "--prefix", self.prefix)
+        self.assertEqual(installed.returncode, 0, installed.stdout)
+
+    def build(self, template, changes={}):
+        """The template's folder, whether it builds, and what was said."""
+        project = self.folder / template
+        shutil.rmtree(project, ignore_errors=True)
+        shutil.copytree(EXAMPLES / template, project)
+        for file in (project / "CMakeLists.txt", project / "Attenuator.cpp"):
+            if file.exists():
+                text = file.read_text()
+                for old, new in changes.items():
+                    text = text.replace(old, new)
+                file.write_text(text)
+        process = run("cmake", "-G", "Ninja", "-S", project, "-B", project / "build", "--no-warn-unused-cli",
+                      f"-DCMAKE_PREFIX_PATH={self.prefix}",
+                      *(f"-DCMAKE_{language}_COMPILER={os.environ[language]}" for language in ("C", "CXX")),
+                      *(f"-DCMAKE_{language}_FLAGS=-Wall -Wextra -Wpedantic -Werror" for language in ("C", "CXX")))
+        if process.returncode == 0:
+            process = run("cmake", "--build", project / "build")
+        return project, process.returncode == 0, process.stdout
+
+    def test_built_and_started(self):
+        for template, name, notes, said in (
+                ("module-template", "Attenuator", 0, ["up, without settings database", "start-up is complete", "down"]),
+                ("module-template-c", "Relay", 1, ["closed", "open, switched 2 times"])):
+            project, is_built, output = self.build(template)
+            self.assertTrue(is_built, output)
+            library = project / f"build/modules/{name}.so"
+            checked = run(self.prefix / "bin/vqm-modinfo", "--run", library).stdout
+            self.assertIn(f"defects: 0, notes: {notes}\n", checked)
+            self.assertEqual(inspect(library)["note"]["name"], name)
+            self.assertEqual(exports(library), ENTRY_POINTS)
+            self.assertNotIn(os.environ["SOURCE"].encode(), library.read_bytes())
+            started = run(self.prefix / "bin/mainstartup", "--headless", "--until", "complete finished", "-l",
+                          "../instrument.xml", cwd=project / "build",
+                          env={**os.environ, "XDG_RUNTIME_DIR": str(self.folder)})
+            self.assertEqual(started.returncode, 0, started.stdout)
+            self.assertEqual(re.findall(f"^{name}: (.*)$", started.stdout, re.M), said)
+
+    def test_mistakes_show_when_it_is_built(self):
+        for said, changes in (
+                ("undefined (reference to `|symbol: )missing",
+                 {"namespace {": "int missing();\nnamespace {", "return 0;": "return missing();"}),
+                ("a base module derives from VQMDllModuleInterface, any other",
+                 {"TYPE base": "TYPE plugin-loadable PARTS Gui"})):
+            _, is_built, output = self.build("module-template", changes)
+            self.assertFalse(is_built)
+            self.assertRegex(output, said)
+        project, is_built, output = self.build(
+            "module-template", {"\nVQM_MODULE(": "\nint unused()\n{\n    return 1;\n}\nVQM_MODULE("})
+        self.assertTrue(is_built, output)
+        self.assertNotIn("unused", run("nm", project / "build/modules/Attenuator.so").stdout)
 
 
 if __name__ == "__main__":

@@ -79,6 +79,7 @@ class ProbeModule : public Orvia::VQMModule<>
 {
 public:
     using VQMModule::VQMModule;
+    const char *getModuleName() override { return VQM_MODULE_NAME; } // not by way of the gate below
     int initialize(Orvia::VQMAnchorInterface *, int) override
     {
         if (isAskedTo("wait in initialize"))
