@@ -184,17 +184,15 @@ bool takeNotes(Elf_Data *data, QList<QByteArray> *moduleNotes)
     return true;
 }
 
-void readNotes(Elf *elf, const GElf_Ehdr &header, std::uint64_t fileSize, ElfLibrary *library)
+void readNotes(Elf *elf, const GElf_Ehdr &header, ElfLibrary *library)
 {
     for (int i = 0; i < header.e_phnum; ++i) {
         GElf_Phdr segment;
         if (gelf_getphdr(elf, i, &segment) == nullptr || segment.p_type != PT_NOTE || segment.p_filesz == 0)
             continue;
-        const bool isInFile = !lacks(fileSize, segment.p_offset, segment.p_filesz);
-        Elf_Data *data =
-            isInFile ? elf_getdata_rawchunk(elf, static_cast<std::int64_t>(segment.p_offset),
-                                            segment.p_filesz, segment.p_align == 8 ? ELF_T_NHDR8 : ELF_T_NHDR)
-                     : nullptr;
+        const Elf_Type kind = segment.p_align == 8 ? ELF_T_NHDR8 : ELF_T_NHDR;
+        const auto offset = static_cast<std::int64_t>(segment.p_offset);
+        Elf_Data *data = elf_getdata_rawchunk(elf, offset, segment.p_filesz, kind); // null beyond the file
         if (data == nullptr || !takeNotes(data, &library->moduleNotes))
             library->hasDamagedNotes = true;
     }
@@ -245,7 +243,7 @@ ElfLibrary readContents(ElfLibrary library, int file, std::uint64_t fileSize, El
     readDynamic(elf.get(), &library, &flags);
     if (header.e_type != ET_DYN || (flags & DF_1_PIE) != 0 || !hasDynamicSegment(elf.get(), header))
         return refused(library, "not-a-library", "is an ELF file, but no shared library");
-    readNotes(elf.get(), header, fileSize, &library);
+    readNotes(elf.get(), header, &library);
     if (symbols == ElfSymbols::Read)
         readSymbols(elf.get(), &library);
     return library;

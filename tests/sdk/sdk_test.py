@@ -147,6 +147,12 @@ class Notes(SdkCase):
             (found, said), = self.findings(self.altered(offset, data, owner))
             self.assertEqual(found, rule)
             self.assertIn(text, said)
+        content = bytearray((INSTRUMENT / "FreqSweep.so").read_bytes())
+        segment = next(at for at in range(64, 1024, 56) if content[at:at + 4] == b"\4\0\0\0")  # PT_NOTE
+        for offset, value in ((8, 1 << 63), (8, len(content)), (32, 1 << 63), (32, len(content))):
+            path = self.folder / "beyond.so"
+            path.write_bytes(content[:segment + offset] + struct.pack("<Q", value) + content[segment + offset + 8:])
+            self.assertIn(("note-malformed", "has notes that are not as long as they say"), self.findings(path))
         for offset, data in ((8, b"\2"), (12, b"VQX"), (12, b"VQMM")):  # somebody else's
             found = inspect(self.altered(offset, data))
             self.assertEqual((found["note"], found["findings"]), (None, []))
@@ -182,6 +188,7 @@ class Templates(SdkCase):
                     text = text.replace(old, new)
                 file.write_text(text)
         process = run("cmake", "-G", "Ninja", "-S", project, "-B", project / "build", "--no-warn-unused-cli",
+                      "-DCMAKE_BUILD_TYPE=Release",
                       f"-DCMAKE_PREFIX_PATH={self.prefix}",
                       *(f"-DCMAKE_{language}_COMPILER={os.environ[language]}" for language in ("C", "CXX")),
                       *(f"-DCMAKE_{language}_FLAGS=-Wall -Wextra -Wpedantic -Werror" for language in ("C", "CXX")))
