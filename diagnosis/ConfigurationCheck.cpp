@@ -2,6 +2,7 @@
 
 #include "diagnosis/ConfigurationReaders.h"
 #include "diagnosis/ConfigurationScanner.h"
+#include "diagnosis/RecordChecks.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -44,10 +45,21 @@ void addModuleFindings(CheckReport *report, const Findings &findings,
     }
 }
 
+/// What the module's note says, as the probe would say it if the note is true.
+ModuleProbe foretold(const ModuleNote &note, const QString &path)
+{
+    ModuleProbe probe;
+    probe.record = note.record;
+    probe.object = ModuleProbe::Object{note.record.defaultId, note.record.defaultId, note.record.name, {}};
+    probe.findings = checkRecord(path, note.record);
+    return probe;
+}
+
 void checkModules(const CheckRequest &request, const QList<ConfigurationSections::ModuleFile> &files,
                   CheckReport *report)
 {
     QList<PlanCandidate> candidates;
+    bool canPlan = request.family && (request.probe || !files.isEmpty());
     int number = 0;
     for (const ConfigurationSections::ModuleFile &file : files) {
         const QFileInfo info(file.path);
@@ -57,18 +69,26 @@ void checkModules(const CheckRequest &request, const QList<ConfigurationSections
             continue;
         CheckReport::Module module{file.path, inspectModuleFile(file.path), std::nullopt};
         addModuleFindings(report, module.inspection.findings, file);
+        const std::optional<ModuleNote> &note = module.inspection.note;
+        ModuleProbe known;
         if (request.probe && module.inspection.isLibrary) {
-            module.probe = probeModule(file.path, probeLimit);
-            addModuleFindings(report, module.probe->findings, file);
-            for (const Finding &finding : module.probe->findings) {
+            module.probe = known = probeModule(file.path, probeLimit);
+            if (note && known.record)
+                known.findings += compareWithNote(file.path, *note, *known.record);
+            for (const Finding &finding : std::as_const(known.findings)) {
                 if (finding.rule == notProbedRule)
                     report->failure = finding.text;
             }
+        } else if (note) {
+            known = foretold(*note, file.path);
+        } else if (module.inspection.isLibrary) {
+            canPlan = false; // nobody knows what it is
         }
-        candidates.append({file.path, file.line, file.column, module.probe.value_or(ModuleProbe())});
+        addModuleFindings(report, known.findings, file);
+        candidates.append({file.path, file.line, file.column, known});
         report->modules.append(module);
     }
-    if (request.probe && report->failure.isEmpty())
+    if (canPlan && report->failure.isEmpty())
         report->plan =
             makeStartPlan(report->file, candidates, *request.family, request.gui, &report->findings);
 }

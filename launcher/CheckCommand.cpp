@@ -22,7 +22,7 @@ void showProgress(int number, int count, const QString &module)
                stderr);
 }
 
-void print(const CheckReport &report, bool asJson)
+void print(const CheckReport &report, bool asJson, bool withPlan)
 {
     QByteArray text;
     if (asJson) {
@@ -30,7 +30,7 @@ void print(const CheckReport &report, bool asJson)
     } else {
         for (const Finding &finding : report.findings)
             text += toText(finding).toLocal8Bit() + '\n';
-        if (report.plan)
+        if (report.plan && withPlan)
             text += toText(*report.plan).toLocal8Bit();
         if (report.failure.isEmpty())
             text += summary(report).toLocal8Bit() + '\n';
@@ -68,7 +68,7 @@ CheckReport check(const CommandLine &commandLine)
 int runCheck(const CommandLine &commandLine)
 {
     const CheckReport result = check(commandLine);
-    print(result, commandLine.json);
+    print(result, commandLine.json, commandLine.probe);
     if (!result.failure.isEmpty()) {
         report(result.failure);
         return static_cast<int>(CheckExitCode::NotChecked);

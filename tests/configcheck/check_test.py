@@ -41,7 +41,9 @@ class CheckCase(LauncherCase):
 
     def findings(self, path):
         """{line: rules} of the file; every place is checked to be that of a tag, if it is one."""
-        result = subprocess.run([os.environ["MAINSTARTUP"], "--check", path, "--properties", PROPERTIES, "--json"],
+        properties = self.folder / "without_family.ini"  # no plan: the place of each file is not the point here
+        properties.write_text(re.sub("(?m)^Family=.*", "", pathlib.Path(PROPERTIES).read_text(encoding="utf-8")))
+        result = subprocess.run([os.environ["MAINSTARTUP"], "--check", path, "--properties", properties, "--json"],
                                 cwd=INSTRUMENT, capture_output=True, text=True, timeout=60, check=False)
         report = json.loads(result.stdout)
         self.assertEqual(result.returncode, 1 if report["defects"] else 0, result.stderr)
@@ -160,17 +162,19 @@ class Command(CheckCase):
         report = json.loads(self.check(2, self.folder / "absent.xml", "--json").output)
         self.assertIn("No such file", report["failure"])
         self.check(0, family_missing)
-        self.check(1, family_missing, "--probe", "--family", "2")  # no Database
+        for probe in ([], ["--probe"]):
+            self.assertIn("[module-required]", self.check(1, family_missing, "--family", "2", *probe).output)
 
     def test_example_is_clean(self):
         process = self.check(0, EXAMPLE)
-        self.assertTrue(process.output.endswith("instrument.xml: clean, 12 files, 2 notes\n"), process.output)
+        self.assertTrue(process.output.endswith("instrument.xml: clean, 12 files, 4 notes\n"), process.output)
         self.assertEqual(process.errors, "")
 
     def test_example_probed(self):
         report = json.loads(self.check(0, EXAMPLE, "--probe", "--json").output)
         rules = [finding["rule"] for finding in report["findings"]]
         self.assertTrue({"module-family", "type-unknown"} <= set(rules), rules)
+        self.assertEqual(report["plan"], json.loads(self.check(0, EXAMPLE, "--json").output)["plan"])  # by the notes
         self.assertEqual([pathlib.Path(row["path"]).stem + " " + row["reason"] for row in report["plan"]["refused"]],
                          ["PowerMeter family", "ServiceCounter type"])
 
