@@ -72,16 +72,17 @@ function(vqm_public_headers target scope)
   target_compile_features(${target} INTERFACE cxx_std_20)
 endfunction()
 
-vqm_public_headers(vqm_contract INTERFACE registry/VQMModuleContract.h)
-if(EXISTS ${CMAKE_SOURCE_DIR}/registry/VQMModule.h)
-  vqm_public_headers(vqm_contract INTERFACE registry/VQMModule.h)
-endif()
+vqm_public_headers(vqm_contract INTERFACE
+  registry/VQMModule.h
+  registry/VQMModuleC.h
+  registry/VQMModuleContract.h)
 vqm_public_headers(vqmplatform PUBLIC
   platform/CUtilXmlEvntHdlr.h
   platform/Debug.h
   platform/ErrorManager.h
   platform/Export.h
   platform/HwAbstractionLayer.h
+  platform/TraceSpan.h
   platform/VQMProgressBar.h
   platform/VQMProperties.h
   platform/VQMSharedLibrary.h
@@ -134,6 +135,8 @@ install(FILES
   ${CMAKE_BINARY_DIR}/installed/VQMStartupConfig.cmake
   ${CMAKE_BINARY_DIR}/installed/VQMStartupConfigVersion.cmake
   cmake/VQMModule.cmake
+  cmake/VQMModule.map
+  cmake/VQMModuleNote.c
   DESTINATION ${VQM_CMAKEDIR} COMPONENT dev)
 
 vqm_way(VQM_PREFIX ${VQM_PKGCONFIGDIR} .)
@@ -141,7 +144,7 @@ foreach(name vqmstartup vqmstartup-contract)
   configure_file(cmake/${name}.pc.in ${CMAKE_BINARY_DIR}/installed/${name}.pc @ONLY)
   install(FILES ${CMAKE_BINARY_DIR}/installed/${name}.pc DESTINATION ${VQM_PKGCONFIGDIR} COMPONENT dev)
 endforeach()
-install(DIRECTORY examples/module-template OPTIONAL COMPONENT dev
+install(DIRECTORY examples/module-template examples/module-template-c COMPONENT dev
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/vqmstartup-dev/examples)
 
 # Schema, manual pages, completions, unit file

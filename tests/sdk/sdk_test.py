@@ -11,9 +11,9 @@ import subprocess
 import tempfile
 import unittest
 
-MODINFO, FUNCTION = os.environ["MODINFO"], os.environ["FUNCTION"]
-INSTRUMENT, MODULES = (pathlib.Path(os.environ[name]) for name in ("INSTRUMENT", "MODULES"))
-EXAMPLES = pathlib.Path(os.environ["SOURCE"]) / "examples"
+MODINFO = os.environ["MODINFO"]
+INSTRUMENT, MODULES, SOURCE, STAGING = (pathlib.Path(os.environ[name])
+                                        for name in ("INSTRUMENT", "MODULES", "SOURCE", "STAGING"))
 ENTRY_POINTS = {"VQMGetModuleInfo", "VQMCreateModuleInterfaceInstance"}
 
 
@@ -45,7 +45,7 @@ class Arguments(SdkCase):
         arguments = {"TYPE": "base", "ID": "9", "FAMILY": "0x2", "VERSION": "1.2.3", "SOURCES": "a.cpp", **changes}
         words = " ".join(f"{name} {value}" for name, value in arguments.items() if value is not None)
         script = self.folder / "call.cmake"
-        script.write_text(f"include({FUNCTION})\nvqm_add_module(Some {words})\n")
+        script.write_text(f"include({SOURCE}/cmake/VQMModule.cmake)\nvqm_add_module(Some {words})\n")
         process = run("cmake", "-P", script)
         self.assertNotEqual(process.returncode, 0)
         return " ".join(process.stdout.split())
@@ -170,17 +170,11 @@ class Flags(SdkCase):
 class Templates(SdkCase):
     """As an author has them: copied away from the tree, built on the installed package."""
 
-    def setUp(self):
-        super().setUp()
-        self.prefix = self.folder / "installed"
-        installed = run("cmake", "--install", os.environ["BUILD"], "--prefix", self.prefix)
-        self.assertEqual(installed.returncode, 0, installed.stdout)
-
     def build(self, template, changes={}):
         """The template's folder, whether it builds, and what was said."""
         project = self.folder / template
         shutil.rmtree(project, ignore_errors=True)
-        shutil.copytree(EXAMPLES / template, project)
+        shutil.copytree(SOURCE / "examples" / template, project)
         for file in (project / "CMakeLists.txt", project / "Attenuator.cpp"):
             if file.exists():
                 text = file.read_text()
@@ -189,7 +183,7 @@ class Templates(SdkCase):
                 file.write_text(text)
         process = run("cmake", "-G", "Ninja", "-S", project, "-B", project / "build", "--no-warn-unused-cli",
                       "-DCMAKE_BUILD_TYPE=Release",
-                      f"-DCMAKE_PREFIX_PATH={self.prefix}",
+                      f"-DCMAKE_PREFIX_PATH={STAGING}",
                       *(f"-DCMAKE_{language}_COMPILER={os.environ[language]}" for language in ("C", "CXX")),
                       *(f"-DCMAKE_{language}_FLAGS=-Wall -Wextra -Wpedantic -Werror" for language in ("C", "CXX")))
         if process.returncode == 0:
@@ -203,12 +197,12 @@ class Templates(SdkCase):
             project, is_built, output = self.build(template)
             self.assertTrue(is_built, output)
             library = project / f"build/modules/{name}.so"
-            checked = run(self.prefix / "bin/vqm-modinfo", "--run", library).stdout
+            checked = run(STAGING / "bin/vqm-modinfo", "--run", library).stdout
             self.assertIn(f"defects: 0, notes: {notes}\n", checked)
             self.assertEqual(inspect(library)["note"]["name"], name)
             self.assertEqual(exports(library), ENTRY_POINTS)
-            self.assertNotIn(os.environ["SOURCE"].encode(), library.read_bytes())
-            started = run(self.prefix / "bin/mainstartup", "--headless", "--until", "complete finished", "-l",
+            self.assertNotIn(bytes(SOURCE), library.read_bytes())
+            started = run(STAGING / "bin/mainstartup", "--headless", "--until", "complete finished", "-l",
                           "../instrument.xml", cwd=project / "build",
                           env={**os.environ, "XDG_RUNTIME_DIR": str(self.folder)})
             self.assertEqual(started.returncode, 0, started.stdout)
