@@ -42,6 +42,7 @@ constexpr int moduleIdOf(int moduleType, int defaultId, int *plugInCounter)
 /// Base modules without which the families of `families` are incomplete; the first row that matches counts.
 struct RequiredModules
 {
+    /// A module that has to be there.
     struct Slot
     {
         int id; ///< 0: empty

@@ -6,7 +6,6 @@ namespace Orvia {
 enum StartupErrorCode : int
 {
     StartupModuleNotFound = 10001,
-    StartupPlugInModuleNotFound = 10002,
     StartupInterfaceMethodNotFound = 10004,
     StartupUnknownOption = 10008,
 };

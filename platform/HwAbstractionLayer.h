@@ -61,6 +61,7 @@ protected:
     ~VQMHwRepository() = default;
 };
 
+/// Where the instrument's repository is found.
 class VQM_EXPORT HwAbstractionLayer
 {
 public:

@@ -19,6 +19,7 @@ template <typename Key, typename T>
 class CPtrSearchTbl
 {
 public:
+    /// An entry; unused ones have the key 0 and no value.
     struct keyedPair
     {
         Key key = 0;

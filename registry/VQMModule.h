@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// What a module library in C++ is made with, on top of the contract. A module is a class with initialize()
 /// and terminate(); what it is called and where it belongs is said in CMake, by vqm_add_module():
 ///

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The contract between the start-up library and every module library. Needs neither Qt nor any library of
 /// this project. Authors of modules start from registry/VQMModule.h (in C: registry/VQMModuleC.h), which is
 /// made on top of it, and the function vqm_add_module() of CMake.
