@@ -5,7 +5,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 packages_to_build="cmake ninja-build g++ libelf-dev libsystemd-dev scdoc
     qt6-base-dev qt6-5compat-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools"
 packages_to_run="libqt6sql6-sqlite fonts-dejavu-core procps libsystemd0"
-packages_to_test="libgtest-dev libgmock-dev python3 binutils pkgconf xvfb systemd jq libxml2-utils doxygen"
+packages_to_test="libgtest-dev libgmock-dev python3 binutils pkgconf xvfb systemd jq libxml2-utils doxygen graphviz"
 packages_to_package="dpkg-dev file gzip lintian mmdebstrap" # scripts/package, scripts/test-packages
 
 say()

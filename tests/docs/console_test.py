@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Runs what the documents show: console_test.py ROOT BIN INSTRUMENT DOCUMENT...
 
-In a block marked "console", "$ " begins a command and "> " continues it; what follows is its output, in which a line
-"..." stands for any lines. The commands of a document run one after the other in one folder, which holds the example
-instrument's configuration and the documents' folder. Times, ports and process numbers may differ. A block marked "sh"
-must be sound shell.
+A code block says what it is. In "console", "$ " begins a command, which has to succeed, and "> " continues it; what
+follows is its output, in which a line "..." stands for any lines. The commands of a document run one after the other in
+one folder, which holds the example instrument's configuration and the documents' trace. Times, ports and process
+numbers may differ. A block with "file=NAME" is written to that file. "sh" must be sound shell, "sh ci" are commands of
+.ci/run, "text" is a drawing.
 """
 import os
 import pathlib
@@ -14,8 +15,9 @@ import subprocess
 import sys
 import tempfile
 
-FENCE = re.compile(r"^```(console|sh)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
-HOME = "/opt/sg100"  # of the instrument, in the documents
+FENCE = re.compile(r"^```([^\n]*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+FILE = re.compile(r"(cpp|c|cmake|xml|ini) file=([\w.-]+)$")
+HOME, SOURCES = "/opt/sg100", "/opt/vqmstartup"  # of the instrument and this project, in the documents
 
 
 def normal(line):
@@ -46,22 +48,44 @@ def commands_of(block):
     return commands
 
 
-def check(document, folder, environment, instrument):
+def run_console(block, folder, environment, places):
+    """The commands whose output is another, or that fail, and how many there are."""
+    problems, commands = [], commands_of(block)
+    for command, expected in commands:
+        for name, place in places.items():
+            command = command.replace(name, place)
+        run = subprocess.run(["bash", "-c", command], cwd=folder, env=environment, text=True, timeout=120,
+                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        output = run.stdout
+        for name, place in [*places.items(), (HOME, folder)]:
+            output = output.replace(place, name)
+        if run.returncode or not matches(expected, output.splitlines()):
+            problems.append(f"$ {command}\n{output}-- exit code {run.returncode}, instead of --\n" +
+                            "\n".join(expected))
+    return problems, len(commands)
+
+
+def check(root, document, folder, environment, places):
     problems, count = [], 0
-    for kind, block in FENCE.findall(document.read_text()):
-        if kind == "sh":
+    for kind, block in FENCE.findall((root / document).read_text()):
+        found, commands = [], 1
+        if kind == "console":
+            found, commands = run_console(block, folder, environment, places)
+        elif FILE.match(kind):
+            pathlib.Path(folder, FILE.match(kind)[2]).write_text(block.replace(HOME, places[HOME]))
+        elif kind == "sh":
             run = subprocess.run(["bash", "-n"], input=block, text=True, capture_output=True)
-            problems += [f"{document.name}: {run.stderr}"] if run.returncode else []
-            count += 1
-            continue
-        for command, expected in commands_of(block):
-            run = subprocess.run(["bash", "-c", command.replace(HOME, str(instrument))], cwd=folder, env=environment, text=True, timeout=60,
-                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-            found = run.stdout.replace(str(instrument), HOME).replace(str(folder), HOME).splitlines()
-            count += 1
-            if not matches(expected, found):
-                problems.append(f"{document.name}: $ {command}\n" + "\n".join(found) + "\n-- instead of --\n"
-                                + "\n".join(expected))
+            found = [run.stderr] if run.returncode else []
+        elif kind == "sh ci":
+            run_by_ci = (root / ".ci" / "run").read_text().split("\n")
+            for line in block.splitlines():
+                command = line.split("#")[0].strip()
+                if not any(re.search(rf"(^| ){re.escape(command)}$", of_ci) for of_ci in run_by_ci):
+                    found.append(f".ci/run does not run: {command}")
+        elif kind != "text":
+            found = [f"a block that nothing checks: ```{kind}"]
+        problems += [f"{document}: {problem}" for problem in found]
+        count += commands
     return problems, count
 
 
@@ -75,10 +99,11 @@ def main():
             for file in ("startup.trace", "startup-chart.svg"):
                 shutil.copy(root / "docs" / file, folder)
             environment = {key: value for key, value in os.environ.items() if key not in ("DISPLAY", "WAYLAND_DISPLAY")}
-            environment.update(PATH=f"{programs}:{os.environ['PATH']}", XDG_RUNTIME_DIR=folder, LC_ALL="C.UTF-8")
-            found, commands = check(root / name, folder, environment, instrument)
+            environment.update(PATH=f"{programs}:{os.environ['PATH']}", XDG_RUNTIME_DIR=folder, LC_ALL="C.UTF-8",
+                               CMAKE_GENERATOR="Ninja")
+            found, commands = check(root, name, folder, environment, {HOME: str(instrument), SOURCES: str(root)})
         problems, count = problems + found, count + commands
-    print("\n\n".join(problems + [f"{count} commands run, {len(problems)} with another output"]))
+    print("\n\n".join(problems + [f"{count} commands and blocks checked, {len(problems)} problems"]))
     return 1 if problems or not count else 0
 
 
