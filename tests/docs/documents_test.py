@@ -170,9 +170,9 @@ class Picture(unittest.TestCase):
 
     def test_arrows_are_the_rules(self):
         path = ROOT / "tests/checks/include_rules.py"
-        specification = importlib.util.spec_from_file_location("include_rules", path)
-        rules = importlib.util.module_from_spec(specification)
-        specification.loader.exec_module(rules)
+        loaded = importlib.util.spec_from_file_location("include_rules", path)
+        rules = importlib.util.module_from_spec(loaded)
+        loaded.loader.exec_module(rules)
         expected = set()
         for folder, targets in rules.RULES.items():
             if folder.split("/")[0] in ("tests", "benchmarks"):
