@@ -3,8 +3,8 @@
 
 A code block says what it is. In "console", "$ " begins a command, which has to succeed, and "> " continues it; what
 follows is its output, in which a line "..." stands for any lines. The commands of a document run one after the other in
-one folder, which holds the example instrument's configuration and the documents' trace. Times, ports and process
-numbers may differ. A block with "file=NAME" is written to that file. "sh" must be sound shell, "sh ci" are commands of
+one folder, which holds the example instrument's configuration and the documents' trace. Times, ports,
+process numbers and the machine may differ. A block with "file=NAME" is written to that file. "sh" must be sound shell, "sh ci" are commands of
 .ci/run, "text" is a drawing.
 """
 import os
@@ -23,7 +23,7 @@ HOME, SOURCES = "/opt/sg100", "/opt/vqmstartup"  # of the instrument and this pr
 def normal(line):
     """The line without what differs from run to run."""
     for pattern, name in ((r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d", "TIME"), (r"\d+\.\d+", "N"), (r"port \d+", "port N"),
-                          (r"\s+", " ")):
+                          (r": (32|64)-bit \S+,", ": N-bit,"), (r"\s+", " ")):
         line = re.sub(pattern, name, line)
     return line.strip()
 

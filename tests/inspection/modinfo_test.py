@@ -11,6 +11,8 @@ import tempfile
 import time
 import unittest
 
+import elf
+
 MODINFO = os.environ["MODINFO"]
 FAULTY, MODULES, INSTRUMENT = (pathlib.Path(os.environ[name]) for name in ("FAULTY", "MODULES", "INSTRUMENT"))
 SANITIZED = os.environ["SANITIZED"] != ""
@@ -74,22 +76,23 @@ class Files(ModinfoCase):
 
     def test_headers(self):
         one = struct.pack("<H", 1)
-        other_order = bytes((MODULES / "base3.so").read_bytes()[18:20][::-1])
+        other_order = bytes((MODULES / "base3.so").read_bytes()[elf.MACHINE:elf.MACHINE + 2][::-1])
         for expected, offset, data in (
-                (("wrong-class", "is 32-bit, this process 64-bit"), 4, b"\1"), ("wrong-class", 4, b"\7"),
-                (("wrong-machine", "is for machine 190"), 18, struct.pack("<H", 190)),
+                (("wrong-class", f"is {96 - elf.BITS}-bit, this process {elf.BITS}-bit"), elf.CLASS, elf.OTHER_CLASS),
+                ("wrong-class", elf.CLASS, b"\7"),
+                (("wrong-machine", "is for machine 190"), elf.MACHINE, struct.pack("<H", 190)),
                 ("wrong-machine", 5, b"\2"),
                 (("not-a-library", "no shared library"), 16, one),  # ET_REL
-                ("elf-truncated", 40, struct.pack("<Q", 1 << 63)),  # section headers
-                ("elf-truncated", 32, struct.pack("<Q", 2 ** 64 - 8)),  # program headers
-                ("not-a-library", 56, b"\0\0")):  # no program headers
+                ("elf-truncated", elf.SHOFF, elf.word(1 << (elf.BITS - 1))),
+                ("elf-truncated", elf.PHOFF, elf.word(2 ** elf.BITS - 8)),
+                ("not-a-library", elf.PHNUM, b"\0\0")):
             self.expect(expected, self.altered("altered.so", offset, data))
-        bare = self.altered("bare.so", 60, bytes(4), self.altered("bare.so", 40, bytes(8)))  # no section headers
+        bare = self.altered("bare.so", elf.SHNUM, bytes(4), self.altered("bare.so", elf.SHOFF, elf.word(0)))
         self.expect("note:not-checked", bare)
         bare.write_bytes(bare.read_bytes()[:4096])
         self.expect("elf-truncated", bare)
         both = self.altered("order.so", 5, b"\2")
-        self.expect(("wrong-machine", "of the other byte order"), self.altered("order2.so", 18, other_order, both))
+        self.expect(("wrong-machine", "of the other byte order"), self.altered("both.so", elf.MACHINE, other_order, both))
 
     def test_unloaded(self):
         self.expect(("entry-point-missing", "VQMGetModuleInfo"), MODULES / "no_info.so")
@@ -100,19 +103,19 @@ class Files(ModinfoCase):
             self.expect(("stays-mapped", "Counter"), FAULTY / "unique.so")
         # A function that is not exported: only declared, hidden, or a variable.
         content = (MODULES / "base3.so").read_bytes()
-        tables = struct.unpack_from("<Q", content, 40)[0]
-        headers = [struct.unpack_from("<IIQQQQIIQQ", content, tables + 64 * i)
-                   for i in range(struct.unpack_from("<H", content, 60)[0])]
-        symbols = next(header for header in headers if header[1] == 11)
-        names = headers[symbols[6]]
-        for at in range(symbols[4], symbols[4] + symbols[5], 24):
-            name = content[names[4] + struct.unpack_from("<I", content, at)[0]:]
+        sections = elf.sections(content)
+        symbols = next(section for section in sections if section.type == 11)
+        names = sections[symbols.link]
+        for at in range(symbols.offset, symbols.offset + symbols.size, elf.SYMBOL):
+            name = content[names.offset + struct.unpack_from("<I", content, at)[0]:]
             if name.startswith(b"VQMGetModuleInfo\0"):
                 break
-        for offset, data in ((6, b"\0\0"), (5, b"\2"), (4, b"\x11"), (4, b"\2")):
+        for offset, data in ((elf.ST_SHNDX, b"\0\0"), (elf.ST_OTHER, b"\2"), (elf.ST_INFO, b"\x11"),
+                             (elf.ST_INFO, b"\2")):
             self.expect("entry-point-missing", self.altered("altered.so", at + offset, data))
-        self.expect("elf-damaged", self.altered("altered.so", next(h[4] for h in headers if h[1] == 6) + 8,
-                                                b"\xff" * 8))
+        dynamic = next(section for section in sections if section.type == 6)
+        self.expect("elf-damaged", self.altered("altered.so", dynamic.offset + elf.DYNAMIC_VALUE,
+                                                elf.word(2 ** elf.BITS - 1)))
 
     def test_hostile_contents(self):
         """Files with random damage, to the headers mostly, are read without a crash and without a hang."""
@@ -121,7 +124,7 @@ class Files(ModinfoCase):
         paths = []
         for number in range(600):
             damaged = bytearray(content)
-            tables = len(content) - 64 * content[60]
+            tables = len(content) - struct.calcsize(elf.SECTION) * content[elf.SHNUM]
             for _ in range(random.choice((1, 3, 20))):
                 at = random.choice((random.randrange(4, 1200), random.randrange(tables, len(content)),
                                     random.randrange(len(content))))
@@ -138,7 +141,7 @@ class NeededLibraries(ModinfoCase):
     def test_as_the_loader_finds_them(self):
         """What is found missing is what makes opening fail."""
         direct, indirect = FAULTY / "lib/libdirect.so", FAULTY / "lib/libindirect.so"
-        text, other_class = self.folder / "text", self.altered("other", 4, b"\1")
+        text, other_class = self.folder / "text", self.altered("other", elf.CLASS, elf.OTHER_CLASS)
         text.write_text("no library")
         lib, path = self.folder / "lib", self.folder / "path"
         missing = "library-missing not-loadable"
@@ -250,7 +253,7 @@ class Program(ModinfoCase):
         process = modinfo("--run", FAULTY / "sound.so", MODULES / "family0.so", FAULTY / "fixed_type.so")
         lines = process.stdout.splitlines()
         self.assertEqual((process.returncode, process.stderr), (1, ""))
-        self.assertRegex(lines[0], rf"^{FAULTY}/sound.so: 64-bit x86-64, needs (\S+ )*libstdc\+\+.so.6 ")
+        self.assertRegex(lines[0], rf"^{FAULTY}/sound.so: {elf.BITS}-bit \S+, needs (\S+ )*libstdc\+\+.so.6 ")
         values = '"sound", type 0x10, id 20, version 0.14.159, parts 0x1, families 0x2'
         self.assertEqual(lines[1:3], [f"{FAULTY}/sound.so: module note: contract 1, {values}",
                                       f"{FAULTY}/sound.so: record: {values}"])

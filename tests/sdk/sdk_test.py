@@ -11,6 +11,8 @@ import subprocess
 import tempfile
 import unittest
 
+import elf
+
 MODINFO = os.environ["MODINFO"]
 INSTRUMENT, MODULES, SOURCE, STAGING = (pathlib.Path(os.environ[name])
                                         for name in ("INSTRUMENT", "MODULES", "SOURCE", "STAGING"))
@@ -106,11 +108,8 @@ class Notes(SdkCase):
 
     def sections(self, path):
         """"NAME TYPE FLAGS ", a line each."""
-        content = path.read_bytes()
-        table, (count, names) = struct.unpack_from("<Q", content, 40)[0], struct.unpack_from("<HH", content, 60)
-        headers = [struct.unpack_from("<IIQQQQIIQQ", content, table + 64 * number) for number in range(count)]
-        text = content[headers[names][4]:]
-        return "\n" + "".join(f"{text[h[0]:text.index(0, h[0])].decode()} {h[1]} {h[2]} \n" for h in headers)
+        return "\n" + "".join(f"{section.name} {section.type} {section.flags} \n"
+                              for section in elf.sections(path.read_bytes()))
 
     def altered(self, offset, data, owner=b"VQM\0"):
         """FreqSweep.so with other data at the offset from the note's header."""
@@ -148,10 +147,14 @@ class Notes(SdkCase):
             self.assertEqual(found, rule)
             self.assertIn(text, said)
         content = bytearray((INSTRUMENT / "FreqSweep.so").read_bytes())
-        segment = next(at for at in range(64, 1024, 56) if content[at:at + 4] == b"\4\0\0\0")  # PT_NOTE
-        for offset, value in ((8, 1 << 63), (8, len(content)), (32, 1 << 63), (32, len(content))):
+        segment = next(at for at in range(elf.HEADER, 1024, elf.SEGMENT)
+                       if content[at:at + 4] == b"\4\0\0\0")  # PT_NOTE
+        half = 1 << (elf.BITS - 1)
+        for field, value in ((elf.P_OFFSET, half), (elf.P_OFFSET, len(content)),
+                             (elf.P_FILESZ, half), (elf.P_FILESZ, len(content))):
+            at, data = segment + field, elf.word(value)
             path = self.folder / "beyond.so"
-            path.write_bytes(content[:segment + offset] + struct.pack("<Q", value) + content[segment + offset + 8:])
+            path.write_bytes(content[:at] + data + content[at + len(data):])
             self.assertIn(("note-malformed", "has notes that are not as long as they say"), self.findings(path))
         for offset, data in ((8, b"\2"), (12, b"VQX"), (12, b"VQMM")):  # somebody else's
             found = inspect(self.altered(offset, data))
