@@ -15,6 +15,7 @@ set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
 include_directories(${CMAKE_SOURCE_DIR}) # every include is written from the root
 add_compile_definitions(QT_NO_KEYWORDS)
+add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64) # long files and late dates on 32 bit, too
 add_compile_options(
   -Wall -Wextra -Wpedantic -Wshadow -Wpointer-arith
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>

@@ -65,11 +65,13 @@ class Files(ModinfoCase):
         for length in (4, 17, 40, 64, 4096, len(whole) - 1):
             (self.folder / f"cut{length}").write_bytes(whole[:length])
             self.expect("elf-truncated", self.folder / f"cut{length}")
+        (self.folder / "long").touch()
+        os.truncate(self.folder / "long", 3 << 30)
         os.mkfifo(self.folder / "pipe")
         os.symlink("loop", self.folder / "loop")
         for name, expected in {"absent": "file-missing", "pipe/below": "file-missing", "pipe": "not-a-file",
                                "loop": "unreadable", "": ("not-a-file", "folder"), "/dev/zero": "not-a-file",
-                               MODULES / "empty.so": "file-empty", MODULES / "text.so": "not-elf",
+                               MODULES / "empty.so": "file-empty", MODULES / "text.so": "not-elf", "long": "not-elf",
                                MODINFO: "not-a-library"}.items():
             found = self.expect(expected, self.folder / name)
             self.assertFalse(found["isLibrary"])
