@@ -6,7 +6,8 @@ packages_to_build="cmake ninja-build g++ libelf-dev libsystemd-dev scdoc
     qt6-base-dev qt6-5compat-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools"
 packages_to_run="libqt6sql6-sqlite fonts-dejavu-core procps libsystemd0"
 packages_to_test="libgtest-dev libgmock-dev python3 binutils pkgconf xvfb systemd jq libxml2-utils doxygen graphviz"
-packages_to_package="dpkg-dev file gzip lintian mmdebstrap" # scripts/package, scripts/test-packages
+packages_to_package="dpkg-dev file gzip lintian" # scripts/package
+packages_to_bootstrap="mmdebstrap arch-test" # scripts/test-packages, scripts/test-i386
 
 say()
 {
@@ -30,6 +31,26 @@ install_packages()
     "${as_root[@]}" apt-get update -qq
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
         -o DPkg::Lock::Timeout=300 "${missing[@]}" >/dev/null
+}
+
+# mirrors SUITE...: what this machine's apt uses for these suites of Debian, as lines of a sources.list
+mirrors()
+{
+    apt-get indextargets --format 'deb $(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created-By: Packages' |
+        grep -E " ($(IFS='|' && echo "$*")) main\$" | sort -u
+}
+
+# bootstrap ARCHITECTURE TARGET [PACKAGE...] <MIRRORS: a small Debian 12 with these packages, as a folder or tar file
+bootstrap()
+{
+    local architecture=$1 target=$2 part=$root/build/part.${2##*/} # with the ending, which tells the format
+    shift 2
+    rm -rf --one-file-system "$part"
+    say "fetching a Debian 12 for $architecture"
+    mmdebstrap --mode=root --variant=minbase --dpkgopt=force-unsafe-io --architectures="$architecture" \
+        ${1:+"--include=$*"} bookworm "$part" - 2>"$root/build/mmdebstrap.log" ||
+        { tail -n 20 "$root/build/mmdebstrap.log" >&2; return 1; }
+    mv "$part" "$target"
 }
 
 # build PRESET [CMAKE ARGUMENT...]
