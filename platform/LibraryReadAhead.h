@@ -20,6 +20,8 @@ public:
     LibraryReadAhead(const LibraryReadAhead &) = delete;
     LibraryReadAhead &operator=(const LibraryReadAhead &) = delete;
 
+    /// Whether one of the three was not in the page cache, so that the thread was started.
+    bool isNeeded() const { return m_thread.joinable(); }
     /// Files announced to the kernel so far.
     int announced() const { return m_announced; }
 

@@ -140,6 +140,20 @@ protected:
         ::close(descriptor);
         return std::count_if(pages.begin(), pages.end(), [](unsigned char page) { return (page & 1) != 0; });
     }
+    /// A read-ahead of a list that names `uncached`, which is in the page cache again at once now and then: some
+    /// kernels fetch what a reader that will not wait has asked for. Null when the file system cannot tell.
+    static std::unique_ptr<LibraryReadAhead> readAheadOf(const std::vector<std::string> &files,
+                                                         const std::string &uncached)
+    {
+        std::unique_ptr<LibraryReadAhead> readAhead;
+        for (int attempt = 0; attempt < 50 && !(readAhead && readAhead->isNeeded()); ++attempt) {
+            if (!makeUncached(uncached))
+                return nullptr;
+            readAhead = std::make_unique<LibraryReadAhead>(files);
+        }
+        EXPECT_TRUE(readAhead->isNeeded());
+        return readAhead;
+    }
     template <typename Condition>
     static bool holdsSoon(Condition condition, std::chrono::seconds limit = std::chrono::seconds(30))
     {
@@ -160,10 +174,10 @@ TEST_F(ReadAheadTest, AnnouncesAllFilesWhenOneOfThreeIsNotCached)
     const std::vector<std::vector<std::string>> lists = {
         {cold, warm, "/missing", warm}, {warm, "/missing", cold, warm, warm}, {warm, warm, "/missing", cold}};
     for (const std::vector<std::string> &files : lists) {
-        if (!makeUncached(cold))
+        const auto readAhead = readAheadOf(files, cold);
+        if (!readAhead)
             GTEST_SKIP() << "the file system keeps what it has cached";
-        const LibraryReadAhead readAhead(files);
-        EXPECT_TRUE(holdsSoon([&] { return readAhead.announced() == static_cast<int>(files.size()) - 1; }));
+        EXPECT_TRUE(holdsSoon([&] { return readAhead->announced() == static_cast<int>(files.size()) - 1; }));
         EXPECT_TRUE(holdsSoon([&] { return cachedPages(cold) != 0; }));
     }
 }
@@ -180,7 +194,7 @@ TEST_F(ReadAheadTest, DoesNothingWithCachedMissingOrNoFiles)
          {std::vector<std::string>(9, warm), {}, {"/missing", "/missing"}, {warm, "/", "/dev/null"}}) {
         const LibraryReadAhead readAhead(files);
         EXPECT_EQ(threads(), before);
-        EXPECT_EQ(readAhead.announced(), 0);
+        EXPECT_FALSE(readAhead.isNeeded());
     }
 }
 
@@ -188,19 +202,17 @@ TEST_F(ReadAheadTest, StopsWhenDestroyed)
 {
     using Clock = std::chrono::steady_clock;
     ASSERT_TRUE(QDir::setCurrent(folder.path()));
-    if (!makeUncached("cold"))
-        GTEST_SKIP() << "the file system keeps what it has cached";
     const int count = 5'000;
+    auto readAhead = readAheadOf(std::vector<std::string>(count, "cold"), "cold");
+    if (!readAhead)
+        GTEST_SKIP() << "the file system keeps what it has cached";
     Clock::time_point begin = Clock::now();
-    {
-        const LibraryReadAhead wholeList(std::vector<std::string>(count, "cold"));
-        EXPECT_TRUE(holdsSoon([&] { return wholeList.announced() == count; }));
-    }
+    EXPECT_TRUE(holdsSoon([&] { return readAhead->announced() == count; }));
     const Clock::duration wholeTime = Clock::now() - begin;
-    ASSERT_TRUE(makeUncached("cold"));
-    auto longer = std::make_unique<LibraryReadAhead>(std::vector<std::string>(10 * count, "cold"));
+    readAhead = readAheadOf(std::vector<std::string>(std::size_t{10} * count, "cold"), "cold");
+    ASSERT_TRUE(readAhead);
     begin = Clock::now();
-    longer.reset();
+    readAhead.reset();
     EXPECT_LT(Clock::now() - begin, 5 * wholeTime); // all of them would take ten times as long
 }
 
