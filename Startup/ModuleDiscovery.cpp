@@ -8,6 +8,7 @@
 
 #include <QDir>
 
+#include <cstdio>
 #include <memory>
 #include <utility>
 
@@ -17,7 +18,10 @@ namespace {
 
 QString versionText(const char *label, int major, int minor, int build)
 {
-    return QString::asprintf("%s: %2.2ld.%2.2ld.%2.2ld", label, long(major), long(minor), long(build));
+    char text[80];
+    std::snprintf(text, sizeof text, "%s: %2.2ld.%2.2ld.%2.2ld", label, long(major), long(minor),
+                  long(build));
+    return QString::fromLatin1(text);
 }
 
 std::vector<std::string> pathsOf(const QList<QFileInfo> &files)
@@ -138,7 +142,7 @@ bool VQMMainStartupImplementation::loadModule(const QFileInfo &file, int *plugIn
         reportUnloadable(file);
         return false;
     }
-    record.release();
+    (void)record.release();
     return true;
 }
 
@@ -147,7 +151,7 @@ void VQMMainStartupImplementation::reportModule(const VQMLoadedModuleInformation
 
     const VQMModuleInfo *info = record->info;
     const VQMModuleVersion *version = record->interfaceVersion;
-    suDebugMsgOut(0, QString::asprintf("Module Id               : %d", record->moduleId), 3, 0);
+    suDebugMsgOut(0, "Module Id               : " + QString::number(record->moduleId), 3, 0);
     suDebugMsgOut(0, versionText("Module Version          ", info->major, info->minor, info->build), 3, 0);
     suDebugMsgOut(0,
                   version != nullptr ? versionText("Module Interface Version", version->major, version->minor,

@@ -10,7 +10,8 @@ bool VQMIntegrationStartup::sm_preventFlag = false;
 bool VQMIntegrationStartup::sm_abortFlag = false;
 int VQMIntegrationStartup::sm_startupStage = 0;
 
-void VQMIntegrationStartup::setPreventFlag(QString name)
+// cppcheck-suppress passedByValue ; as launchers call it
+void VQMIntegrationStartup::setPreventFlag(QString name) // NOLINT(performance-unnecessary-value-param)
 {
     std::FILE *processes = ::popen("ps", "r");
     if (processes == nullptr)

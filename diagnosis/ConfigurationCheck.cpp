@@ -3,6 +3,7 @@
 #include "diagnosis/ConfigurationReaders.h"
 #include "diagnosis/ConfigurationScanner.h"
 #include "diagnosis/RecordChecks.h"
+#include "xmlconfig/RunReader.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -25,6 +26,8 @@ QString readDocument(const QString &fileName, QByteArray *document)
         return QStringLiteral("is no regular file");
     if (!file.open(QIODevice::ReadOnly))
         return file.errorString();
+    if (file.size() > maxDocumentSize)
+        return QStringLiteral("has %1 bytes, %2 at most are read").arg(file.size()).arg(maxDocumentSize);
     *document = file.readAll();
     return file.error() == QFileDevice::NoError ? QString() : file.errorString();
 }

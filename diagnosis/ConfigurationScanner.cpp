@@ -16,6 +16,7 @@ namespace {
 
 constexpr const char *ourModule = "MainStartup";
 constexpr int maxAttributes = 32;
+constexpr int maxAttributesStrictly = 256; ///< the strict reader's time grows with their square
 
 /// Where the lines of the text start, by the reader's count: a line ends in LF, CR or CR LF.
 std::vector<qsizetype> lineStarts(const QString &text)
@@ -77,6 +78,12 @@ bool ConfigurationScanner::startElement(const QString &namespaceUri, const QStri
         checkElement(element);
     else if (name != "Root" && name != "Instrument" && name != "Module" && elementRule(name) != nullptr)
         noteForeignSection(name);
+    if (attributes.count() > maxAttributesStrictly && std::exchange(m_strict, false))
+        add(Finding::Severity::Note, "not-checked",
+            QStringLiteral("%1 has %2 attributes: whether other programs read the document is not checked")
+                .arg(name)
+                .arg(attributes.count()),
+            place);
     if (m_section == Section::Ours && !namespaceUri.isEmpty() && !std::exchange(m_hasNamespace, true))
         add(Finding::Severity::Note, "namespace",
             name + " is in a namespace: it is read all the same, but means something else to other programs",
@@ -240,6 +247,8 @@ void ConfigurationScanner::checkStrictly()
     if (const qsizetype offset = m_text.indexOf(QChar::ReplacementCharacter); offset >= 0)
         add(Finding::Severity::Defect, "not-strict-xml", "bytes that are no text in the document's encoding",
             placeOf(offset));
+    if (!m_strict)
+        return;
     QXmlStreamReader reader(m_text);
     reader.setNamespaceProcessing(false);
     while (!reader.atEnd())

@@ -72,6 +72,7 @@ private:
     Section m_section = Section::Outside;
     int m_sectionDepth = 0; ///< of the Module element that m_section is about
     bool m_hasNamespace = false;
+    bool m_strict = true;         ///< the strict reader can be asked
     QString m_foreignName;        ///< of the foreign section, empty once it was noted
     const char *m_rule = nullptr; ///< of the reason
     QString m_reason;             ///< why the scanner itself ended the parse

@@ -15,7 +15,8 @@ namespace Orvia {
 namespace {
 
 constexpr int maxAttributes = 32;
-constexpr int maxEntries = 99; ///< subgroups of a group, items of a subgroup
+constexpr int maxEntries = 99;   ///< subgroups of a group, items of a subgroup
+constexpr int maxOfARule = 1000; ///< findings: a document may hold millions of faults
 
 bool hasReadableAttributes(const ConfigurationElement &element)
 {
@@ -68,7 +69,11 @@ ConfigurationSections::ConfigurationSections(const QString &fileName, Findings *
 void ConfigurationSections::add(Finding::Severity severity, const char *rule, const QString &text, int line,
                                 int column)
 {
-    m_findings->append({severity, rule, m_fileName, line, column, text});
+    const int number = ++m_numbers[rule];
+    if (number <= maxOfARule)
+        m_findings->append({severity, rule, m_fileName, line, column, text});
+    else if (number == maxOfARule + 1)
+        m_findings->append({severity, rule, m_fileName, 0, 0, "there is more of this, which is not said"});
 }
 
 ConfigurationContents ConfigurationSections::contents() const

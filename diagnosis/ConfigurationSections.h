@@ -49,6 +49,7 @@ public:
 
     /// The next element that the readers know and do not refuse for its depth, in document order.
     void take(const ConfigurationElement &element);
+    /// Of each rule, the first thousand.
     void add(Finding::Severity severity, const char *rule, const QString &text, int line = 0, int column = 0);
 
     const QList<ModuleFile> &moduleFiles() const { return m_moduleFiles; }
@@ -72,6 +73,7 @@ private:
 
     QString m_fileName;
     Findings *m_findings;
+    QHash<QString, int> m_numbers; ///< of findings, by rule; those counted only included
 
     QList<ModuleFile> m_moduleFiles;
     QHash<QString, int> m_linesOfFiles; ///< by the path that a file really has

@@ -13,6 +13,21 @@ QString severityText(Finding::Severity severity)
     return severity == Finding::Severity::Defect ? QStringLiteral("defect") : QStringLiteral("note");
 }
 
+/// Names come out of files: characters that would break the line, or command the terminal, are spelled out.
+QString onOneLine(const QString &text)
+{
+    QString line;
+    for (const QChar character : text) {
+        const QChar::Category category = character.category();
+        if (category == QChar::Other_Control || category == QChar::Separator_Line ||
+            category == QChar::Separator_Paragraph)
+            line += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
+        else
+            line += character;
+    }
+    return line;
+}
+
 } // namespace
 
 int countDefects(const Findings &findings)
@@ -27,7 +42,8 @@ QString toText(const Finding &finding)
     QString place = finding.file;
     if (finding.line > 0)
         place += QStringLiteral(":%1:%2").arg(finding.line).arg(finding.column);
-    return place + ": " + severityText(finding.severity) + ": " + finding.text + " [" + finding.rule + ']';
+    return onOneLine(place + ": " + severityText(finding.severity) + ": " + finding.text + " [" +
+                     finding.rule + ']');
 }
 
 QJsonObject toJson(const Finding &finding)

@@ -49,7 +49,7 @@ std::optional<ModuleNote> readModuleNote(const QString &file, const ElfLibrary &
         add("note-malformed", QString("has %1 module notes instead of one").arg(count));
     if (library.hasDamagedNotes || count != 1)
         return std::nullopt;
-    const std::optional<ModuleNote> note = parse(library.moduleNotes.first());
+    std::optional<ModuleNote> note = parse(library.moduleNotes.first());
     if (!note)
         add("note-malformed", "has a module note that is cut off");
     else if (note->contractVersion != contractVersion)

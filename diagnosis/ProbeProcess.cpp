@@ -99,6 +99,7 @@ bool ProbeProcess::start(const QByteArray &program, const QByteArray &module, in
 
     std::vector<std::string> variables = environmentOfProbe();
     std::vector<char *> environment;
+    environment.reserve(variables.size() + 1);
     for (std::string &variable : variables)
         environment.push_back(variable.data());
     environment.push_back(nullptr);

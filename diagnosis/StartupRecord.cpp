@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace Orvia {
 
@@ -29,8 +30,10 @@ std::string subjectOf(Operation operation, std::string_view text)
         return std::string(fileNameOf(text));
     std::string subject;
     if (operation == Operation::Stage) {
-        subject = std::string(before(text, ": ")) + ": ";
-        text = behind(text, ": ");
+        const std::string_view label = behind(text, ": ");
+        subject.reserve(text.size());
+        subject = text.substr(0, text.size() - label.size());
+        text = label;
     } else if (operation == Operation::Initialize || operation == Operation::StartGui) {
         text = text.substr(0, text.rfind(", parts "));
     } else {
@@ -90,9 +93,9 @@ bool StartupRecord::takeDiscoveryLine(std::string_view text, Thread *speaker)
         pop(speaker, isHead ? Operation::Describe : Operation::Create, "");
         const std::string_view value = trimmed(behind(text, ":"));
         if (isHead)
-            module->name = value;
+            setName(speaker->discovered, value);
         else
-            module->id = wholeNumber(value);
+            setId(speaker->discovered, wholeNumber(value));
         if (isFoot && module->outcome == Outcome::NeverReached)
             module->outcome = Outcome::Created;
         return true;
@@ -134,7 +137,7 @@ bool StartupRecord::takePassLine(std::string_view text, Thread *speaker)
         pop(speaker, Operation::Terminate, "threw");
         if (const int module = moduleToTerminate(name); module >= 0) {
             m_modules[module].isTerminated = true;
-            push(Operation::Terminate, name, module, speaker);
+            push(Operation::Terminate, std::string(name), module, speaker);
             if (m_shutdownBegin < 0)
                 m_shutdownBegin = m_lastTime;
         }
@@ -169,27 +172,28 @@ bool StartupRecord::takeErrorLine(std::string_view text, const Thread *speaker)
 
 void StartupRecord::begin(std::string_view name, std::string_view subject, Thread *speaker)
 {
-    if (!knows(name) || speaker->open.size() >= maxDepth)
-        return;
     const Operation operation = operationOf(name);
+    if (!keeps(operation) || speaker->open.size() >= maxDepth)
+        return;
     if (operation == Operation::Own) {
         push(operation, std::string(name).append(": ").append(subject), -1, speaker);
         return;
     }
-    const bool isInside = isInModule(*speaker); // there a module opens libraries of its own
     int module = -1;
-    if (operation == Operation::Open && !isInside)
-        speaker->discovered = module = moduleToOpen(subject);
-    else if (operation == Operation::LookUp && !isInside)
-        module = speaker->discovered;
-    else if (operation == Operation::Close && !isInside)
-        module = moduleToClose(subject);
-    else if (operation == Operation::Initialize)
+    if (operation == Operation::Initialize)
         module = moduleOf(subject.substr(0, subject.rfind(", parts ")));
     else if (operation == Operation::StartGui)
         module = moduleOf(subject);
     else if (operation == Operation::Stage)
         module = moduleOf(behind(subject, ": "));
+    else if (isInModule(*speaker))
+        module = -1; // one that opens libraries of its own
+    else if (operation == Operation::Open)
+        speaker->discovered = module = moduleToOpen(subject);
+    else if (operation == Operation::LookUp)
+        module = speaker->discovered;
+    else if (operation == Operation::Close)
+        module = moduleToClose(subject);
     if (operation == Operation::Initialize && module >= 0 && m_modules[module].outcome == Outcome::Up)
         m_modules[module].outcome = Outcome::Created; // until this part is up as well
     push(operation, subjectOf(operation, subject), module, speaker);
@@ -197,9 +201,9 @@ void StartupRecord::begin(std::string_view name, std::string_view subject, Threa
 
 void StartupRecord::end(std::string_view name, std::string_view result, Thread *speaker)
 {
-    if (speaker == nullptr || !knows(name))
-        return;
     const Operation operation = operationOf(name);
+    if (speaker == nullptr || !keeps(operation))
+        return;
     const auto match = std::find_if(speaker->open.rbegin(), speaker->open.rend(), [&](int index) {
         const Span &span = m_spans[index];
         return span.operation == operation &&
@@ -266,11 +270,11 @@ void StartupRecord::noteEntryPointMissing(std::string_view symbol, Thread *speak
            lookUp.empty() ? std::string(symbol) + " threw or gave nothing" : lookUp);
 }
 
-void StartupRecord::push(Operation operation, std::string_view subject, int module, Thread *speaker)
+void StartupRecord::push(Operation operation, std::string subject, int module, Thread *speaker)
 {
     const int parent = speaker->open.empty() ? -1 : speaker->open.back();
     speaker->open.push_back(static_cast<int>(m_spans.size()));
-    m_spans.push_back({operation, std::string(subject), module, static_cast<int>(speaker - m_threads.data()),
+    m_spans.push_back({operation, std::move(subject), module, static_cast<int>(speaker - m_threads.data()),
                        parent, m_lastTime, -1, ""});
 }
 

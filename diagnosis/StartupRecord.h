@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -105,7 +107,7 @@ public:
 
     const std::vector<Thread> &threads() const { return m_threads; } ///< those that had a span
     const std::deque<Span> &spans() const { return m_spans; }        ///< in the order they began
-    const std::vector<Module> &modules() const { return m_modules; } ///< in the order of the load list
+    const std::deque<Module> &modules() const { return m_modules; }  ///< in the order of the load list
     const std::vector<Stage> &stages() const { return m_stages; }
     const std::vector<std::string> &missingModules() const { return m_missingModules; } ///< required ones
     const std::vector<std::string> &configurationErrors() const { return m_configurationErrors; }
@@ -135,15 +137,17 @@ private:
     void end(std::string_view operation, std::string_view result, Thread *speaker);
     void noteEnd(const Span &span, Thread *speaker);
     void noteEntryPointMissing(std::string_view symbol, Thread *speaker);
-    void push(Operation operation, std::string_view subject, int module, Thread *speaker);
+    void push(Operation operation, std::string subject, int module, Thread *speaker);
     void pop(Thread *speaker, Operation operation, std::string_view result);
     void settle(int module, Outcome outcome, std::string reason);
 
     Thread *speakerOf(int id, std::string_view name, std::string_view text);
     Module *discoveredBy(const Thread *speaker);
     bool isInModule(const Thread &thread) const;
-    bool knows(std::string_view operation) const;
+    bool keeps(Operation operation) const;
     int addModule(std::string_view path);
+    void setName(int module, std::string_view name);
+    void setId(int module, std::optional<int> id);
     int moduleToOpen(std::string_view path);
     int moduleToClose(std::string_view path) const;
     int moduleToTerminate(std::string_view name) const;
@@ -152,7 +156,12 @@ private:
     const OwnSpans m_ownSpans;
     std::vector<Thread> m_threads;
     std::deque<Span> m_spans;
-    std::vector<Module> m_modules;
+    std::deque<Module> m_modules;
+    // Entries stay when a module's name or id turns out to be another. Those of one key are in order of
+    // m_modules.
+    std::multimap<std::string_view, int> m_modulesByPath; ///< keys are the modules' own
+    std::multimap<std::string, int, std::less<>> m_modulesByName;
+    std::map<std::string, int, std::less<>> m_modulesByLabel; ///< "ID NAME"
     std::vector<Stage> m_stages;
     std::vector<std::string> m_missingModules;
     std::vector<std::string> m_configurationErrors;

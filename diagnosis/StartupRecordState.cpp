@@ -81,7 +81,7 @@ StartupRecord::Thread *StartupRecord::speakerOf(int id, std::string_view name, s
     if (known != m_threads.end())
         return &*known;
     const bool beginsSpan = take(&text, "begin ")
-                                ? knows(before(text, ": "))
+                                ? keeps(operationOf(before(text, ": ")))
                                 : text.starts_with("Terminate ") || text.starts_with("Stage: ");
     if (!beginsSpan)
         return nullptr;
@@ -103,78 +103,93 @@ bool StartupRecord::isInModule(const Thread &thread) const
     });
 }
 
-bool StartupRecord::knows(std::string_view operation) const
+bool StartupRecord::keeps(Operation operation) const
 {
-    return m_ownSpans == OwnSpans::Keep || operationOf(operation) != Operation::Own;
+    return m_ownSpans == OwnSpans::Keep || operation != Operation::Own;
 }
 
 int StartupRecord::addModule(std::string_view path)
 {
-    Module module;
+    const int index = static_cast<int>(m_modules.size());
+    Module &module = m_modules.emplace_back();
     module.path = path;
-    m_modules.push_back(std::move(module));
-    return static_cast<int>(m_modules.size()) - 1;
+    m_modulesByPath.emplace(module.path, index);
+    return index;
+}
+
+void StartupRecord::setName(int module, std::string_view name)
+{
+    m_modules[module].name = name;
+    m_modulesByName.emplace(name, module);
+}
+
+void StartupRecord::setId(int module, std::optional<int> id)
+{
+    m_modules[module].id = id;
+    if (id)
+        m_modulesByLabel.emplace(std::to_string(*id) + ' ' + m_modules[module].name, module);
 }
 
 /// The first of this path that is still to be opened; one that was not listed is added.
 int StartupRecord::moduleToOpen(std::string_view path)
 {
-    auto match = std::find_if(m_modules.begin(), m_modules.end(), [path](const Module &module) {
-        return module.path == path && !module.isOpened && module.outcome != Outcome::Skipped;
+    const auto [first, last] = m_modulesByPath.equal_range(path);
+    const auto match = std::find_if(first, last, [this](const auto &entry) {
+        return !m_modules[entry.second].isOpened && m_modules[entry.second].outcome != Outcome::Skipped;
     });
-    const int index =
-        match != m_modules.end() ? static_cast<int>(match - m_modules.begin()) : addModule(path);
+    const int index = match != last ? match->second : addModule(path);
     m_modules[index].isOpened = true;
     return index;
 }
 
 int StartupRecord::moduleToClose(std::string_view path) const
 {
-    const auto match = std::find_if(m_modules.begin(), m_modules.end(), [path](const Module &module) {
-        return module.path == path && module.isOpened && !module.isClosed;
+    const auto [first, last] = m_modulesByPath.equal_range(path);
+    const auto match = std::find_if(first, last, [this](const auto &entry) {
+        return m_modules[entry.second].isOpened && !m_modules[entry.second].isClosed;
     });
-    return match == m_modules.end() ? -1 : static_cast<int>(match - m_modules.begin());
+    return match == last ? -1 : match->second;
 }
 
 /// Modules of a name are terminated in descending order of their ids.
 int StartupRecord::moduleToTerminate(std::string_view name) const
 {
     int found = -1;
-    for (std::size_t i = 0; i < m_modules.size(); ++i) {
-        const Module &module = m_modules[i];
+    const auto [first, last] = m_modulesByName.equal_range(name);
+    for (auto entry = first; entry != last; ++entry) {
+        const Module &module = m_modules[entry->second];
         if (module.name == name && module.id && !module.isTerminated &&
             (found < 0 || module.id >= m_modules[found].id))
-            found = static_cast<int>(i);
+            found = entry->second;
     }
     return found;
 }
 
 /// "ID NAME": the module of both; else of the name alone or the id alone, as the two may not be what they
 /// were at discovery, and from then on of both.
-int StartupRecord::moduleOf(std::string_view idAndName)
+int StartupRecord::moduleOf(std::string_view label)
 {
-    const std::optional<int> id = takeNumber(&idAndName);
-    const std::string_view name = trimmed(idAndName);
-    int best = -1;
-    int bestScore = 0;
-    for (std::size_t i = 0; i < m_modules.size(); ++i) {
-        const Module &module = m_modules[i];
-        if (!module.id)
-            continue;
-        const bool sameId = module.id == id;
-        const bool sameName = module.name == name;
-        const int score = sameId && sameName ? 3 : module.isIdCertain ? 0 : sameName ? 2 : sameId ? 1 : 0;
-        if (score > bestScore) {
-            best = static_cast<int>(i);
-            bestScore = score;
-        }
+    if (const auto match = m_modulesByLabel.find(label); match != m_modulesByLabel.end()) {
+        m_modules[match->second].isIdCertain = true;
+        return match->second;
     }
-    if (best >= 0) {
-        m_modules[best].isIdCertain = true;
-        m_modules[best].id = id;
-        m_modules[best].name = name;
+    const std::optional<int> id = takeNumber(&label);
+    const std::string_view name = trimmed(label);
+    const auto find = [this](const auto &isIt) {
+        const auto match = std::find_if(m_modules.begin(), m_modules.end(), [&](const Module &module) {
+            return module.id && !module.isIdCertain && isIt(module);
+        });
+        return match == m_modules.end() ? -1 : static_cast<int>(match - m_modules.begin());
+    };
+    int module = find([name](const Module &candidate) { return candidate.name == name; });
+    if (module < 0)
+        module = find([id](const Module &candidate) { return candidate.id == id; });
+    if (module >= 0) {
+        m_modules[module].isIdCertain = true;
+        setName(module, name);
+        setId(module, id);
     }
-    return best;
+    return module;
 }
 
 } // namespace Orvia

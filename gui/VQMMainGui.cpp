@@ -8,6 +8,7 @@
 #include <QMessageBox>
 
 #include <atomic>
+#include <mutex>
 
 namespace Orvia {
 
@@ -20,6 +21,27 @@ void showBox(const QString &caption, const QString &text)
     box.setModal(true);
     box.exec();
 }
+
+/// Held while an alert is posted, so that its receiver is not destroyed in between.
+constinit std::mutex posting;
+
+void giveToHook(const QString &caption, const QString &text)
+{
+    if (VQMErrorManagerHook *hook = VQMUtility::getErrorManagerHook())
+        hook->alert(caption, text);
+}
+
+/// Stands before an object at its end: what alerts it has not shown yet go to the hook.
+class Heir : public QObject
+{
+public:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (const auto *alert = dynamic_cast<VQMGuiAlertEventType *>(event))
+            giveToHook(alert->m_caption, alert->m_text);
+        return true;
+    }
+};
 
 } // namespace
 
@@ -35,8 +57,14 @@ VQMMainGui::VQMMainGui(VQMIntegrationStartup *startup) : m_startup(startup)
 
 VQMMainGui::~VQMMainGui()
 {
-    VQMMainGui *self = this;
-    std::atomic_ref(receiver).compare_exchange_strong(self, nullptr);
+    {
+        const std::lock_guard lock(posting);
+        VQMMainGui *self = this;
+        std::atomic_ref(receiver).compare_exchange_strong(self, nullptr);
+    }
+    Heir heir;
+    installEventFilter(&heir);
+    QCoreApplication::sendPostedEvents(this, eAlert);
     m_startup = nullptr;
     m_initContextThread = nullptr;
 }
@@ -48,10 +76,14 @@ void VQMMainGui::setInitContextThread(VQMThread *thread)
 
 void VQMMainGui::showAlert(const QString &caption, const QString &text)
 {
-    if (VQMMainGui *gui = std::atomic_ref(receiver).load())
-        QApplication::postEvent(gui, new VQMGuiAlertEventType(caption, text));
-    else if (VQMErrorManagerHook *hook = VQMUtility::getErrorManagerHook())
-        hook->alert(caption, text);
+    {
+        const std::lock_guard lock(posting);
+        if (VQMMainGui *gui = std::atomic_ref(receiver).load()) {
+            QApplication::postEvent(gui, new VQMGuiAlertEventType(caption, text));
+            return;
+        }
+    }
+    giveToHook(caption, text);
 }
 
 bool VQMMainGui::eventFilter(QObject *, QEvent *event)

@@ -17,6 +17,7 @@ class VQM_EXPORT VQMMainGui : public QObject
 public:
     /// Becomes the receiver of alerts. `startup` is not owned.
     explicit VQMMainGui(VQMIntegrationStartup *startup);
+    /// Alerts that have not been shown yet go to the error-manager hook.
     ~VQMMainGui() override;
 
     /// Not owned.

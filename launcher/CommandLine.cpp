@@ -114,7 +114,7 @@ QString readOptions(const QCommandLineParser &parser, CommandLine *commandLine)
 {
     if (!parser.positionalArguments().isEmpty())
         return "unexpected argument '" + parser.positionalArguments().first() + '\'';
-    if (const QString problem = readCheckOptions(parser, commandLine); !problem.isEmpty())
+    if (QString problem = readCheckOptions(parser, commandLine); !problem.isEmpty())
         return problem;
     if (commandLine->check.isEmpty() && commandLine->loadList == nullptr)
         return "no configuration given: -l FILE is required";

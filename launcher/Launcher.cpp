@@ -9,7 +9,6 @@
 #include "launcher/Report.h"
 #include "launcher/Screenshot.h"
 #include "launcher/ServiceNotifier.h"
-#include "launcher/SignalWatcher.h"
 #include "launcher/StartupSequence.h"
 #include "platform/HwAbstractionLayer.h"
 #include "platform/TraceSpan.h"
@@ -107,7 +106,7 @@ bool Launcher::startTrace()
 
 bool Launcher::isOnlyInstance()
 {
-    if (SingleInstance::isAlone(m_commandLine.loadList))
+    if (m_instance.isAlone(m_commandLine.loadList))
         return true;
     m_status.note(ExitCode::AnotherInstance);
     return false;
@@ -184,7 +183,7 @@ void Launcher::runInstrument()
                 sequence.requestShutdown();
         });
     application.setExceptionHandler([&sequence] { sequence.eventThrew(); });
-    const SignalWatcher signals([&sequence] { sequence.requestShutdown(); });
+    const auto notifier = m_signals.notify([&sequence] { sequence.requestShutdown(); });
     preparing.reset();
     sequence.run();
 }
@@ -196,6 +195,7 @@ void Launcher::summarize()
         report(line);
     if (m_commandLine.strict && !m_observer.wentWell())
         m_status.note(ExitCode::Incomplete);
+    m_observer.startupOver();
 }
 
 void Launcher::noteScreenshot(const QString &error)

@@ -2,6 +2,7 @@
 
 #include "launcher/CommandLine.h"
 #include "launcher/ExitCodes.h"
+#include "launcher/SignalWatcher.h"
 #include "launcher/SingleInstance.h"
 #include "launcher/StartupObserver.h"
 #include "platform/Export.h"
@@ -36,6 +37,7 @@ private:
     const int m_argc;
     char **const m_argv;
     HwESigGenFamily m_family = 0;
+    SignalWatcher m_signals; ///< before anything that would be left behind
     SingleInstance m_instance;
     ExitStatus m_status;
     StartupObserver m_observer;

@@ -1,6 +1,7 @@
 #include "launcher/ModuleWatch.h"
 
 #include "platform/TraceSpan.h"
+#include "platform/VQMUtility.h"
 
 namespace Orvia {
 
@@ -29,7 +30,10 @@ template <typename... Parameters, typename... Arguments>
 void ModuleWatch::announce(ESuStage stage, void (VQMDllModuleInterface::*operation)(Parameters...),
                            Arguments... arguments)
 {
-    TraceSpan span("stage", (stageText(stage) + (": " + m_label)).c_str());
+    std::string subject;
+    if (VQMUtility::isTracing())
+        subject.append(stageText(stage)).append(": ").append(m_label);
+    TraceSpan span("stage", subject.c_str());
     try {
         (m_module->*operation)(arguments...);
     } catch (...) {

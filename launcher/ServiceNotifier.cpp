@@ -18,7 +18,7 @@ ServiceNotifier::ServiceNotifier()
         m_notify = reinterpret_cast<decltype(&::sd_notify)>(::dlsym(library, "sd_notify"));
     if (m_notify == nullptr) {
         report(QString("the service manager is not told of the start: ") + ::dlerror());
-        return;
+        return; // cppcheck-suppress resourceLeak ; it stays in any case
     }
     VQMProgressBar::installProgressHandler(this);
 }

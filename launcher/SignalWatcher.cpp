@@ -8,7 +8,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
-#include <utility>
 
 namespace Orvia {
 
@@ -36,15 +35,13 @@ void handle(int number, void (*handler)(int), int flags)
 
 } // namespace
 
-SignalWatcher::SignalWatcher(std::function<void()> endRequested) : m_endRequested(std::move(endRequested))
+SignalWatcher::SignalWatcher()
 {
     handle(SIGPIPE, SIG_IGN, 0);
     if (pipe2(m_pipe, O_CLOEXEC | O_NONBLOCK) != 0) {
-        report(QString("signals end the process without a shutdown: ") + std::strerror(errno));
+        Orvia::report(QString("signals end the process without a shutdown: ") + std::strerror(errno));
         return;
     }
-    m_notifier = std::make_unique<QSocketNotifier>(m_pipe[0], QSocketNotifier::Read);
-    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, [this] { signalArrived(); });
     pipeEnd = m_pipe[1];
     handle(SIGINT, &passOn, static_cast<int>(SA_RESETHAND));
     handle(SIGTERM, &passOn, 0);
@@ -62,13 +59,24 @@ SignalWatcher::~SignalWatcher()
     close(m_pipe[1]);
 }
 
-void SignalWatcher::signalArrived()
+std::unique_ptr<QSocketNotifier> SignalWatcher::notify(const std::function<void()> &endRequested)
 {
-    m_endRequested();
+    if (m_pipe[0] < 0)
+        return nullptr;
+    auto notifier = std::make_unique<QSocketNotifier>(m_pipe[0], QSocketNotifier::Read);
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, [this, endRequested] {
+        endRequested();
+        report();
+    });
+    return notifier;
+}
+
+void SignalWatcher::report()
+{
     char number = 0;
     while (read(m_pipe[0], &number, 1) == 1)
-        report(number == SIGINT ? "interrupted, shutting down; a second SIGINT ends at once"
-                                : "SIGTERM, shutting down");
+        Orvia::report(number == SIGINT ? "interrupted, shutting down; a second SIGINT ends at once"
+                                       : "SIGTERM, shutting down");
 }
 
 } // namespace Orvia

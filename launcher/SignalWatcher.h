@@ -7,22 +7,24 @@
 
 namespace Orvia {
 
-/// Turns SIGINT and SIGTERM into a call on the GUI thread, and ignores SIGPIPE. A second SIGINT ends the
-/// process. On the GUI thread, one at a time; the previous handling is not restored.
+/// Notes SIGINT and SIGTERM from its construction on, and ignores SIGPIPE. A second SIGINT ends the process.
+/// One at a time; after it has gone SIGINT and SIGTERM are ignored.
 class SignalWatcher
 {
 public:
-    explicit SignalWatcher(std::function<void()> endRequested);
+    SignalWatcher();
     ~SignalWatcher();
     SignalWatcher(const SignalWatcher &) = delete;
     SignalWatcher &operator=(const SignalWatcher &) = delete;
 
-private:
-    void signalArrived();
+    /// While the notifier lives, calls `endRequested` for every signal, those included that have come before.
+    /// On the GUI thread; null when signals cannot be noted.
+    [[nodiscard]] std::unique_ptr<QSocketNotifier> notify(const std::function<void()> &endRequested);
 
-    std::function<void()> m_endRequested;
+private:
+    void report();
+
     int m_pipe[2] = {-1, -1};
-    std::unique_ptr<QSocketNotifier> m_notifier;
 };
 
 } // namespace Orvia

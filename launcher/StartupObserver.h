@@ -12,7 +12,8 @@
 namespace Orvia {
 
 /// Follows the run by its trace lines, whether or not they go to a file: for the summary at the end of
-/// start-up, and for the breadcrumb that says where a start ended that could not say so itself. Any thread.
+/// start-up, and for the breadcrumb that says where a start ended that could not say so itself. Without
+/// breadcrumbs lines are only kept until somebody asks: they do not hold the start-up up. Any thread.
 class StartupObserver : public VQMTraceListener
 {
 public:
@@ -27,6 +28,8 @@ public:
     void pauseBreadcrumbs();
     /// The shutdown begins.
     void resumeBreadcrumbs();
+    /// Nobody will ask for the summary any more: without breadcrumbs it has heard enough.
+    void startupOver();
 
     /// How start-up went, a line each.
     QStringList summary() const;
@@ -36,8 +39,12 @@ public:
     void traced(std::int64_t microseconds, int thread, const char *threadName, const char *text) override;
 
 private:
+    void understandHeard() const;
+
     mutable std::mutex m_mutex;
-    StartupRecord m_record;
+    mutable StartupRecord m_record;
+    mutable std::string
+        m_heard; ///< lines one after the other: time and thread as bytes, two texts ending in 0
     Breadcrumb m_breadcrumb;
     std::string m_marked;
     bool m_marks = false;

@@ -176,7 +176,10 @@ void StartupSequence::runGuiStage(const std::function<void()> &stage)
     }
     m_phase = Phase::GuiStage;
     if (mayGoOn())
-        guarded("the Gui stage", stage);
+        guarded("the Gui stage", [&] {
+            stage();
+            m_startup->guiStageOver();
+        });
     if (!mayGoOn()) {
         leaveEventLoop();
         return;

@@ -66,16 +66,24 @@ WatchedStartup::~WatchedStartup()
 
 void WatchedStartup::addLoadListFile(const QString &path)
 {
+    const bool skip = isSkipped(path);
+    VQMUtility::traceMessage(((skip ? "skipped: " : "listed: ") + path).toLocal8Bit().constData());
+    if (!skip)
+        VQMIntegrationStartup::addLoadListFile(path);
+}
+
+bool WatchedStartup::isSkipped(const QString &path)
+{
+    if (m_skipped.isEmpty())
+        return false;
     const QFileInfo file(path);
     for (const QString &name : {path, file.fileName(), file.completeBaseName()}) {
         if (!m_skipped.contains(name))
             continue;
         m_unusedSkips.removeAll(name);
-        VQMUtility::traceMessage(("skipped: " + path).toLocal8Bit().constData());
-        return;
+        return true;
     }
-    VQMUtility::traceMessage(("listed: " + path).toLocal8Bit().constData());
-    VQMIntegrationStartup::addLoadListFile(path);
+    return false;
 }
 
 int WatchedStartup::initializeModules(const QStringList &names, bool exclude)
@@ -105,9 +113,13 @@ void WatchedStartup::stageInfo(ESuStage stage, int parts)
     m_startingGui.reset();
     setStartupStage();
     m_announced |= 1U << static_cast<unsigned>(stage);
-    const Watching watching(this);
-    VQMIntegrationStartup::stageInfo(stage, parts);
+    {
+        const Watching watching(this);
+        VQMIntegrationStartup::stageInfo(stage, parts);
+    }
     m_stageAnnounced(stage);
+    if (stage == SuCompleteFinished && anchorInterface->guiModule != nullptr)
+        m_startingGui.emplace("start-gui", guiLabel.c_str());
 }
 
 bool WatchedStartup::hasAnnounced(ESuStage stage) const

@@ -37,6 +37,8 @@ public:
     int initializeSwpRemote(ESwpStartupStep step,
                             void (*callback)(ESwpStartupStep, VQMMainThread *)) override;
     void stageInfo(ESuStage stage, int parts) override;
+    /// To be called on the way out of the Gui stage.
+    void guiStageOver() { m_startingGui.reset(); }
 
     /// Any thread.
     bool hasAnnounced(ESuStage stage) const;
@@ -46,6 +48,7 @@ public:
     std::string takeThrowingModule();
 
 private:
+    bool isSkipped(const QString &path);
     class Watching;
 
     void initialized(const std::string &module, int status) override;
@@ -57,7 +60,9 @@ private:
     ExitStatus *m_status;
     std::vector<std::pair<VQMLoadedModuleInformation *, ModuleWatch>> m_watches; ///< while calls are watched
     std::string m_throwing;
-    std::optional<TraceSpan> m_startingGui;     ///< from the start-up step callback to "complete finished"
+    /// Where the Gui stage calls the Gui module itself: from the start-up step callback to "complete
+    /// finished", and behind that, when it asks for the main widget.
+    std::optional<TraceSpan> m_startingGui;
     std::atomic<std::uint32_t> m_announced = 0; ///< a bit a stage
 };
 

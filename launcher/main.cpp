@@ -13,7 +13,9 @@ int main(int argc, char **argv)
         library != nullptr ? reinterpret_cast<Entry>(dlsym(library, "vqmLauncherMain")) : nullptr;
     if (entry == nullptr) {
         std::fprintf(stderr, "mainstartup: %s\n", dlerror());
+        // cppcheck-suppress resourceLeak ; the process ends
         return static_cast<int>(Orvia::ExitCode::Configuration);
     }
+    // cppcheck-suppress resourceLeak ; open as long as the process lives
     return entry(argc, argv);
 }

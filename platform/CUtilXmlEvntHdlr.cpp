@@ -21,6 +21,7 @@ void CUtilXmlEvntHdlr::setElemTbl(int count, const TableEntry *table)
 bool CUtilXmlEvntHdlr::parse(const QXmlInputSource *source)
 {
     QXmlSimpleReader reader;
+    reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespaces"), false);
     reader.setContentHandler(this);
     reader.setErrorHandler(this);
     reader.setLexicalHandler(this);
@@ -116,7 +117,7 @@ int CUtilXmlEvntHdlr::elemRclUnknown(const QString &name, const QXmlAttributes &
 bool CUtilXmlEvntHdlr::incrLevel(const char *name)
 {
     if (m_levels.size() < maxLevels)
-        m_levels.push_back(QString::fromUtf8(name));
+        m_levels.emplace_back(name);
     ++m_depth;
     m_levelRefused = m_depth > maxLevels || m_foreignModuleDepth != 0;
     return !m_levelRefused;
@@ -136,7 +137,7 @@ void CUtilXmlEvntHdlr::decrLevel()
 bool CUtilXmlEvntHdlr::isLevel(int level, const char *name) const
 {
     const int index = m_depth - 1 + level;
-    return index >= 0 && index < static_cast<int>(m_levels.size()) && m_levels[index] == QLatin1String(name);
+    return index >= 0 && index < static_cast<int>(m_levels.size()) && m_levels[index] == name;
 }
 
 CUtilXmlEvntHdlr::Handler CUtilXmlEvntHdlr::handlerOf(const QString &name, bool *known) const
@@ -184,11 +185,10 @@ int CUtilXmlEvntHdlr::levelOnly(const char *name, bool start)
 
 void CUtilXmlEvntHdlr::report(const char *kind, const QXmlParseException &exception) const
 {
+    // All at once: a file may be called "%2".
     const QString text = QStringLiteral("%1:%2:%3: XML %4: %5; what was read before it stays in effect")
-                             .arg(m_fileName)
-                             .arg(exception.lineNumber())
-                             .arg(exception.columnNumber())
-                             .arg(QLatin1String(kind), exception.message());
+                             .arg(m_fileName, QString::number(exception.lineNumber()),
+                                  QString::number(exception.columnNumber()), kind, exception.message());
     if (Debug::isActive(1, 1, 0))
         Debug::println(1, 0, text, 1, 0, nullptr, -1);
     VQMUtility::traceMessage(text.toLatin1().constData());

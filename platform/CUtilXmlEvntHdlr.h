@@ -7,6 +7,7 @@
 #include <QXmlDefaultHandler>
 
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace Orvia {
@@ -95,9 +96,9 @@ private:
     QString m_reason; ///< why a handler of this class ended the parse
     QXmlLocator *m_locator = nullptr;
     Observer m_observer;
-    std::vector<QString> m_levels; ///< names of the innermost open levels that fit
-    int m_depth = 0;               ///< open levels, refused ones included
-    int m_foreignModuleDepth = 0;  ///< depth of another module's section, 0 outside
+    std::vector<std::string> m_levels; ///< names of the innermost open levels that fit
+    int m_depth = 0;                   ///< open levels, refused ones included
+    int m_foreignModuleDepth = 0;      ///< depth of another module's section, 0 outside
     bool m_levelRefused = false;
 };
 

@@ -1,10 +1,12 @@
 #include "platform/VQMSharedLibrary.h"
 
+#include "platform/LibraryFile.h"
 #include "platform/TraceSpan.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <link.h>
 
 namespace Orvia {
 
@@ -16,6 +18,26 @@ bool areModulesKept()
     const char *value = std::getenv("VQM_KEEP_MODULES");
     return value != nullptr && std::strcmp(value, "1") == 0;
 }
+
+/// Tells whether the loader let a library go. Of its several ways to ask, this one searches no list.
+class Mapping
+{
+public:
+    explicit Mapping(void *handle)
+    {
+        if (::dlinfo(handle, RTLD_DI_LINKMAP, &m_map) == 0)
+            m_dynamic = m_map->l_ld;
+    }
+    bool isLeft() const
+    {
+        dl_find_object found;
+        return m_map != nullptr && ::_dl_find_object(m_dynamic, &found) == 0 && found.dlfo_link_map == m_map;
+    }
+
+private:
+    link_map *m_map = nullptr; ///< afterwards no more than a number
+    void *m_dynamic = nullptr; ///< lies in the library
+};
 
 } // namespace
 
@@ -33,6 +55,11 @@ bool VQMSharedLibrary::open(const char *path, bool resolveAll, bool exportGlobal
     }
     m_path = std::strchr(path, '/') != nullptr ? path : std::string("./") + path;
     TraceSpan span("open", m_path.c_str());
+    if (const std::string reason = reasonNotToLoad(m_path.c_str()); !reason.empty()) {
+        m_lastError = m_path + ": " + reason;
+        span.setOutcome(m_lastError);
+        return false;
+    }
     m_handle = ::dlopen(m_path.c_str(),
                         (resolveAll ? RTLD_NOW : RTLD_LAZY) | (exportGlobally ? RTLD_GLOBAL : RTLD_LOCAL));
     if (m_handle == nullptr) {
@@ -49,12 +76,14 @@ void VQMSharedLibrary::close()
     TraceSpan span("close", m_path.c_str());
     if (areModulesKept()) {
         span.setOutcome("stays mapped because of VQM_KEEP_MODULES");
-    } else if (::dlclose(m_handle) != 0) {
-        rememberError();
-        span.setOutcome(m_lastError);
-    } else if (void *left = ::dlopen(m_path.c_str(), RTLD_LAZY | RTLD_NOLOAD)) {
-        ::dlclose(left);
-        span.setOutcome("stays mapped");
+    } else {
+        const Mapping mapping(m_handle);
+        if (::dlclose(m_handle) != 0) {
+            rememberError();
+            span.setOutcome(m_lastError);
+        } else if (mapping.isLeft()) {
+            span.setOutcome("stays mapped");
+        }
     }
     m_handle = nullptr;
 }

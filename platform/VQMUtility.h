@@ -69,8 +69,8 @@ public:
 
     /// For the launcher. The hook is not owned; null removes it.
     static void setErrorManagerHook(VQMErrorManagerHook *hook);
-    /// Starts the trace in a new file; false, with the reason in `error`, when it cannot be written. After a
-    /// crash the lines are followed by zero bytes.
+    /// Starts the trace in a new file; false, with the reason in `error`, when it cannot be created. A full
+    /// disk ends the trace, which is said. After a crash the lines are followed by zero bytes.
     static bool startTrace(const QString &fileName, QString *error);
     /// Cuts the file to the lines written. Called when nobody traces any more.
     static void stopTrace();

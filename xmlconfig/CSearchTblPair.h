@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 namespace Orvia {
 
 /// One entry of an element table: the name of an element and the member operation that handles it. A table is
@@ -7,7 +9,10 @@ namespace Orvia {
 template <typename Key, typename Handler>
 struct CSearchTblPair
 {
-    CSearchTblPair(Key elementName, Handler elementHandler) : key(elementName), handler(elementHandler) {}
+    CSearchTblPair(Key elementName, Handler elementHandler)
+        : key(std::move(elementName)), handler(elementHandler)
+    {
+    }
 
     Key key;
     Handler handler;

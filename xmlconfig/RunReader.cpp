@@ -8,6 +8,21 @@
 
 namespace Orvia {
 
+namespace {
+
+bool parse(CUtilXmlEvntHdlr *reader, QFile *file)
+{
+    if (file->size() > maxDocumentSize) {
+        const QString tooLong = QStringLiteral("the document has %1 bytes, %2 at most are read");
+        reader->fatalError(QXmlParseException(tooLong.arg(file->size()).arg(maxDocumentSize), 1, 1));
+        return false;
+    }
+    const QXmlInputSource source(file);
+    return reader->parse(&source);
+}
+
+} // namespace
+
 bool runReader(CUtilXmlEvntHdlr *reader, const char *fileName)
 {
     TraceSpan span("read", fileName != nullptr ? fileName : "");
@@ -17,10 +32,9 @@ bool runReader(CUtilXmlEvntHdlr *reader, const char *fileName)
             span.setOutcome(file.errorString().toStdString());
             return false;
         }
-        const QXmlInputSource source(&file);
         reader->setModuleName("MainStartup");
         reader->setFileName(file.fileName());
-        if (reader->parse(&source))
+        if (parse(reader, &file))
             return true;
         span.setOutcome("failed");
     } catch (...) {

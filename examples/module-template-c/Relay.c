@@ -131,5 +131,5 @@ VQMModuleObject *VQMCreateModuleInterfaceInstance(int id)
         return NULL;
     relay->object.operations = &operations;
     relay->id = id;
-    return &relay->object;
+    return (VQMModuleObject *)relay;
 }

@@ -1,6 +1,7 @@
 #include "platform/Debug.h"
 
 #include "platform/VQMProperties.h"
+#include "platform/host/PropertyRevision.h"
 #include "platform/host/StandardError.h"
 
 #include <QDateTime>
@@ -9,6 +10,8 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include <atomic>
+#include <cstdint>
 #include <mutex>
 
 namespace Orvia {
@@ -74,6 +77,35 @@ void writeLine(const QString &text)
     appendToLogFile(text);
 }
 
+int debugLevel(int moduleId)
+{
+    return VQMProperties::getIntegerProperty(section, "level." + QString::number(moduleId), 1, 0);
+}
+
+/// The levels of the modules with small ids, which speak most, with the revision of the properties that they
+/// are of.
+class LevelCache
+{
+public:
+    int level(int moduleId)
+    {
+        if (moduleId < 0 || moduleId >= size)
+            return debugLevel(moduleId);
+        const std::uint32_t revision = propertyRevision() + 1; // 0 stands for an empty entry
+        const std::uint64_t kept = m_entries[moduleId];
+        if (kept >> 32 == revision)
+            return static_cast<std::int32_t>(kept);
+        const int level = debugLevel(moduleId);
+        m_entries[moduleId] = std::uint64_t(revision) << 32 | std::uint32_t(level);
+        return level;
+    }
+
+private:
+    static constexpr int size = 8;
+    std::atomic<std::uint64_t> m_entries[size] = {};
+};
+constinit LevelCache levelCache;
+
 /// What is left of a rich text on a terminal: its lines, without tags.
 QString plainText(QString text)
 {
@@ -91,7 +123,7 @@ QString plainText(QString text)
 
 bool Debug::isActive(int moduleId, int level, int /*kind*/)
 {
-    return level <= VQMProperties::getIntegerProperty(section, "level." + QString::number(moduleId), 1, 0);
+    return level <= levelCache.level(moduleId);
 }
 
 void Debug::println(int moduleId, int /*kind*/, const QString &text, int /*level*/, int code,

@@ -6,6 +6,10 @@
 #include <QSettings>
 #include <QTemporaryFile>
 
+#include <atomic>
+#include <sys/mman.h>
+#include <sys/stat.h>
+
 namespace Orvia {
 
 namespace {
@@ -75,6 +79,19 @@ bool preprocess(const QByteArray &contents, QByteArray *prepared, QString *reaso
     return true;
 }
 
+/// Makes a file of it that needs no room on a disk, which may be full, and that never stays behind.
+bool openInMemory(const QByteArray &contents, QFile *file)
+{
+    // Of a file with the name, size and time of an earlier one QSettings believes that it has read it.
+    static std::atomic<int> number = 0;
+    const timespec time = {++number, 0};
+    const timespec times[] = {time, time};
+    return file->open(::memfd_create("properties", MFD_CLOEXEC), QIODevice::ReadWrite,
+                      QFileDevice::AutoCloseHandle) &&
+           file->write(contents) == contents.size() && file->flush() &&
+           ::futimens(file->handle(), times) == 0;
+}
+
 } // namespace
 
 QString iniKey(const QString &section, const QString &key)
@@ -91,10 +108,10 @@ bool readIniFile(const QString &fileName, IniValues *values, QString *error)
     if (!preprocess(contents, &prepared, &reason))
         return fail(error, fileName, reason);
 
-    QTemporaryFile temporary;
-    if (!temporary.open() || temporary.write(prepared) != prepared.size() || !temporary.flush())
-        return fail(error, fileName, "temporary copy: " + temporary.errorString());
-    QSettings settings(temporary.fileName(), QSettings::IniFormat);
+    QFile copy;
+    if (!openInMemory(prepared, &copy))
+        return fail(error, fileName, "copy in memory: " + copy.errorString());
+    QSettings settings("/proc/self/fd/" + QString::number(copy.handle()), QSettings::IniFormat);
     const QStringList keys = settings.allKeys();
     if (settings.status() != QSettings::NoError)
         return fail(error, fileName, "malformed");

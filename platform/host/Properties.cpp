@@ -1,10 +1,12 @@
 #include "platform/VQMProperties.h"
 
 #include "platform/host/IniFile.h"
+#include "platform/host/PropertyRevision.h"
 #include "platform/host/StandardError.h"
 
 #include <QFileInfo>
 
+#include <atomic>
 #include <mutex>
 #include <set>
 
@@ -22,6 +24,8 @@ struct Store
     std::set<QString> complainedOf; ///< keys whose value was said to be no number
     std::mutex saving; ///< taken before `mutex`: a later save is never overtaken by an earlier one
 };
+
+std::atomic<unsigned> revision = 0; ///< grows while the store is locked, after the change
 
 Store &store()
 {
@@ -46,6 +50,11 @@ int toInteger(const QString &text, bool *ok)
 }
 
 } // namespace
+
+unsigned propertyRevision()
+{
+    return revision;
+}
 
 QString VQMProperties::getStringProperty(const QString &section, const QString &key,
                                          const QString &defaultValue, int /*layer*/, bool *found)
@@ -85,6 +94,7 @@ void VQMProperties::setStringProperty(const QString &section, const QString &key
     const std::lock_guard lock(store().mutex);
     store().values[name] = value;
     store().complainedOf.erase(name);
+    ++revision;
 }
 
 void VQMProperties::setIntegerProperty(const QString &section, const QString &key, int value, int layer)
@@ -118,6 +128,7 @@ bool VQMProperties::load(const QString &fileName, QString *error)
     store().values = ok ? values : IniValues();
     store().fileName = ok ? QFileInfo(fileName).absoluteFilePath() : QString();
     store().complainedOf.clear();
+    ++revision;
     return ok;
 }
 

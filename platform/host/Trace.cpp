@@ -139,6 +139,14 @@ void closeTrace()
     trace.windowOffset = 0;
 }
 
+/// The instrument goes on without. The mutex is held.
+void giveUpTrace(int error)
+{
+    writeStandardError(QStringLiteral("trace %1: %2; tracing ends here")
+                           .arg(QFile::decodeName(trace.name), qt_error_string(error)));
+    closeTrace();
+}
+
 char *putTime(char *out, std::int64_t microseconds)
 {
     char digits[maxTimeLength];
@@ -172,9 +180,7 @@ void writeLine(std::int64_t time, const ThreadLabel &label, const char *text)
 {
     const std::size_t length = std::strlen(text);
     if (const int error = reserve(maxTimeLength + label.length + 2 * length + 1)) {
-        writeStandardError(QStringLiteral("trace %1: %2; tracing ends here")
-                               .arg(QFile::decodeName(trace.name), qt_error_string(error)));
-        closeTrace();
+        giveUpTrace(error);
         return;
     }
     char *out = putTime(trace.window + trace.used, time);
@@ -209,19 +215,16 @@ bool VQMUtility::startTrace(const QString &fileName, QString *error)
     closeTrace();
     const QByteArray name = QFile::encodeName(fileName);
     trace.descriptor = createFile(name.constData());
-    int failure = trace.descriptor < 0 ? errno : 0;
-    if (failure == 0) {
-        trace.name = ::strdup(name.constData());
-        beginTracing();
-        failure = reserve(1);
-    }
-    if (failure != 0) {
-        closeTrace();
+    if (trace.descriptor < 0) {
         if (error != nullptr)
-            *error = QStringLiteral("trace %1: %2").arg(fileName, qt_error_string(failure));
+            *error = QStringLiteral("trace %1: %2").arg(fileName, qt_error_string(errno));
         return false;
     }
+    trace.name = ::strdup(name.constData());
+    beginTracing();
     tracing = true;
+    if (const int failure = reserve(1))
+        giveUpTrace(failure);
     return true;
 }
 

@@ -53,20 +53,20 @@ void runNextGuiWork()
 }
 
 /// The sum of the named rows of /proc/meminfo in KiB, or -1 when one of them is missing.
-qint64 kernelFigure(std::initializer_list<const char *> rows)
+qint64 kernelFigure(std::initializer_list<QByteArrayView> rows)
 {
     QFile file("/proc/meminfo");
     if (!file.open(QIODevice::ReadOnly))
         return -1;
     const QList<QByteArray> lines = file.readAll().split('\n');
     qint64 sum = 0;
-    for (const char *row : rows) {
+    for (const QByteArrayView row : rows) {
         const auto line = std::find_if(lines.begin(), lines.end(), [row](const QByteArray &candidate) {
-            return candidate.startsWith(row) && candidate.mid(qstrlen(row)).startsWith(':');
+            return candidate.startsWith(row) && candidate.mid(row.size()).startsWith(':');
         });
         if (line == lines.end())
             return -1;
-        sum += line->mid(qstrlen(row) + 1).simplified().split(' ').first().toLongLong();
+        sum += line->mid(row.size() + 1).simplified().split(' ').first().toLongLong();
     }
     return sum;
 }

@@ -71,7 +71,7 @@ class Tables(unittest.TestCase):
         attributes = int(re.search(r"count\(\) <= (\d+)", read("xmlconfig/RegKeyElement.cpp"))[1])
         self.assertEqual([int(number) for _, number in table("docs/configuration.md", "What", "At most")],
                          [attributes, constant(menu, "maxSubGroups"), items, constant(frame, "maxLevels"),
-                          constant(frame, "maxDepth")])
+                          constant(frame, "maxDepth"), constant(read("xmlconfig/RunReader.h"), "maxDocumentSize")])
         for element, _, names, readers in table("docs/configuration.md", "Element", "Stands in", "Attributes",
                                                 "Read by"):
             self.assertIn(f'<element name="{element}">', grammar)

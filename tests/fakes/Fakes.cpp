@@ -87,13 +87,13 @@ bool Debug::isActive(int moduleId, int level, int kind)
     return moduleId == 1 && kind == 0 && level <= answers.debugLevel;
 }
 
-void Debug::println(int moduleId, int kind, const QString &line, int level, int code, const char *file,
-                    int number)
+void Debug::println(int moduleId, int kind, const QString &message, int level, int code, const char *file,
+                    int line)
 {
-    const bool plain = moduleId == 1 && kind == 0 && file == nullptr && number == -1;
+    const bool plain = moduleId == 1 && kind == 0 && file == nullptr && line == -1;
     const std::string prefix = "[" + std::to_string(level) + " " + std::to_string(code) + "] ";
     calls.add("debug",
-              (plain ? "" : "not as agreed: ") + (level == 3 && code == 0 ? "" : prefix) + text(line));
+              (plain ? "" : "not as agreed: ") + (level == 3 && code == 0 ? "" : prefix) + text(message));
 }
 
 void Debug::debugMessageBox(const QString &caption, const QString &message, bool modal, int severity,

@@ -1,4 +1,5 @@
 #include "platform/VQMThread.h"
+#include "platform/VQMUtility.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -44,6 +45,24 @@ TEST_F(ThreadTest, WorkRunsInOrderAndStopDrainsIt)
     thread.start(); // once more
     thread.stop();
     EXPECT_EQ(seen.size(), 201u);
+}
+
+TEST_F(ThreadTest, WorkOnTheGuiThreadThrowsWhereItWasCalled)
+{
+    VQMThread thread("caller");
+    thread.start();
+    std::string caught;
+    thread.post([&caught] {
+        try {
+            VQMUtility::runOnGuiThread([] { throw std::runtime_error("on the GUI thread"); });
+        } catch (const std::runtime_error &error) {
+            caught = error.what();
+        }
+        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    });
+    QCoreApplication::exec();
+    thread.stop();
+    EXPECT_EQ(caught, "on the GUI thread");
 }
 
 TEST_F(ThreadTest, HasNameAndEventLoop)

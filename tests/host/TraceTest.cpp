@@ -1,3 +1,4 @@
+#include "platform/TraceSpan.h"
 #include "platform/VQMUtility.h"
 
 #include "tests/host/HostTest.h"
@@ -71,6 +72,26 @@ TEST_F(TraceTest, EveryMessageIsOneLineAndStopCutsTheFile)
     for (const Line &line : parsed(contents("a.trace")))
         texts.push_back(line.text);
     EXPECT_THAT(texts, ::testing::ElementsAre("first\\nsecond\\r\\n", "", huge, "last"));
+}
+
+TEST_F(TraceTest, SpansTellWhatWasThrown)
+{
+    const auto thrown = [](const std::exception_ptr &exception) {
+        TraceSpan("test", "subject").setThrown(exception);
+    };
+    thrown(std::make_exception_ptr("without a trace"));
+    ASSERT_TRUE(VQMUtility::startTrace(path("a.trace"), nullptr));
+    thrown(std::make_exception_ptr(std::runtime_error("an error")));
+    thrown(std::make_exception_ptr("a text"));
+    thrown(std::make_exception_ptr(5));
+    VQMUtility::stopTrace();
+    std::vector<std::string> ends;
+    for (const Line &line : parsed(contents("a.trace"))) {
+        if (line.text.starts_with("end"))
+            ends.push_back(line.text);
+    }
+    EXPECT_THAT(ends, ::testing::ElementsAre("end test: threw an error", "end test: threw a text",
+                                             "end test: threw an exception of unknown type"));
 }
 
 TEST_F(TraceTest, LinesOfSeveralThreadsStandInOrder)

@@ -115,6 +115,10 @@ class Files(ModinfoCase):
         for offset, data in ((elf.ST_SHNDX, b"\0\0"), (elf.ST_OTHER, b"\2"), (elf.ST_INFO, b"\x11"),
                              (elf.ST_INFO, b"\2")):
             self.expect("entry-point-missing", self.altered("altered.so", at + offset, data))
+        name, note = next((content.index(b"base3\0", section.offset), section) for section in sections
+                          if section.type == 7 and b"base3\0" in content[section.offset:section.offset + section.size])
+        self.expect(("note-malformed", "cut off"),
+                    self.altered("altered.so", name, b"x" * (note.offset + note.size - name)))
         dynamic = next(section for section in sections if section.type == 6)
         self.expect("elf-damaged", self.altered("altered.so", dynamic.offset + elf.DYNAMIC_VALUE,
                                                 elf.word(2 ** elf.BITS - 1)))

@@ -239,7 +239,7 @@ TEST_F(DatabaseTest, DamagedFilesAreRefusedAndLeftAlone)
             many["key" + std::to_string(i)] = "some text to fill the pages with";
         ASSERT_TRUE(database->set(many));
     }
-    write("settings.sqlite", QByteArray(3000, 'x'), 3 * 4096); // a page in the middle
+    write("settings.sqlite", QByteArray(3000, 'x'), qint64{3} * 4096); // a page in the middle
     const QByteArray damaged = contents("settings.sqlite");
     expectRefused();
     EXPECT_EQ(contents("settings.sqlite"), damaged);
@@ -274,6 +274,7 @@ TEST_F(DatabaseTest, ListenersHearEveryTransactionOnceAndInOrder)
     });
     {
         std::vector<std::jthread> threads;
+        threads.reserve(writers);
         for (int writer = 0; writer < writers; ++writer) {
             threads.emplace_back([&database, writer] {
                 for (int i = 0; i < transactions; ++i) {

@@ -4,6 +4,7 @@
 #include "registry/VQMModule.h"
 #include "tests/modules/ModuleLog.h"
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 
@@ -44,27 +45,39 @@ class TestModule : public Orvia::VQMPlugInDllModuleInterface
 public:
     explicit TestModule(int id) : m_id(id) {}
     ~TestModule() override { moduleLog("deleted"); }
+    /// An object that has deleted itself is in use again by others, as it were: the next call is seen to
+    /// fail.
+    static void operator delete(void *memory, std::size_t size)
+    {
+        if (!deletesItself) {
+            ::operator delete(memory);
+            return;
+        }
+        for (std::size_t i = 0; i < size; ++i)
+            static_cast<volatile char *>(memory)[i] = 0;
+    }
 
     Orvia::VQMModuleVersion *getInterfaceVersion() override
     {
-        moduleLog("getInterfaceVersion");
         static Orvia::VQMModuleVersion version(1, 2, 345);
-        return behaviour == Behaviour::NullVersion ? nullptr : &version;
+        return log("getInterfaceVersion") || behaviour == Behaviour::NullVersion ? nullptr : &version;
     }
     const char *getModuleName() override
     {
-        moduleLog("getModuleName");
+        const bool fails = log("getModuleName");
         throwIf<Behaviour::ThrowsInName>();
-        return behaviour == Behaviour::NullName ? nullptr : VQM_MODULE_NAME;
+        return fails || behaviour == Behaviour::NullName ? nullptr : VQM_MODULE_NAME;
     }
     int getModuleId() override
     {
-        moduleLog("getModuleId");
-        return m_id;
+        const int id = m_id;
+        log("getModuleId");
+        return id;
     }
     int initialize(Orvia::VQMAnchorInterface *, int parts) override
     {
-        moduleLog("initialize %d", parts);
+        if (log("initialize " + std::to_string(parts)))
+            return 5;
         throwIf<Behaviour::ThrowsInInitialize>();
         if (behaviour == Behaviour::FailsOnce && !m_failed)
             return m_failed = true, 5;
@@ -72,24 +85,47 @@ public:
     }
     void terminate(Orvia::VQMAnchorInterface *) override
     {
-        moduleLog("terminate");
+        log("terminate");
         throwIf<Behaviour::ThrowsInTerminate>();
     }
     void modulesFinished() override
     {
-        moduleLog("modulesFinished");
+        log("modulesFinished");
         throwIf<Behaviour::ThrowsInStage>();
     }
-    void loadablesFinished(int parts) override { moduleLog("loadablesFinished %d", parts); }
-    void pluginsFinished(int parts) override { moduleLog("pluginsFinished %d", parts); }
-    void pluginLoadablesFinished(int parts) override { moduleLog("pluginLoadablesFinished %d", parts); }
-    void completeFinished() override { moduleLog("completeFinished"); }
-    void terminateModules() override { moduleLog("terminateModules"); }
-    void terminateLoadables() override { moduleLog("terminateLoadables"); }
-    void terminatePlugins() override { moduleLog("terminatePlugins"); }
-    void terminatePluginLoadables() override { moduleLog("terminatePluginLoadables"); }
+    void loadablesFinished(int parts) override { log("loadablesFinished " + std::to_string(parts)); }
+    void pluginsFinished(int parts) override { log("pluginsFinished " + std::to_string(parts)); }
+    void pluginLoadablesFinished(int parts) override
+    {
+        log("pluginLoadablesFinished " + std::to_string(parts));
+    }
+    void completeFinished() override { log("completeFinished"); }
+    void terminateModules() override { log("terminateModules"); }
+    void terminateLoadables() override { log("terminateLoadables"); }
+    void terminatePlugins() override { log("terminatePlugins"); }
+    void terminatePluginLoadables() override { log("terminatePluginLoadables"); }
+    QWidget *getMainWidget() override
+    {
+        obey(misbehave((moduleFile() + std::string(" getMainWidget")).c_str()));
+        return nullptr;
+    }
+    void startGui(Orvia::VQMAnchorInterface *) override
+    {
+        obey(misbehave((moduleFile() + std::string(" startGui")).c_str()));
+    }
 
 private:
+    /// True when the operation is to fail.
+    bool log(const std::string &line) { return obey(moduleLog("%s", line.c_str())); }
+    bool obey(Misbehaviour misbehaviour)
+    {
+        deletesItself = misbehaviour == DeletesItself;
+        if (deletesItself)
+            delete this;
+        return misbehaviour == Fails;
+    }
+
+    static inline bool deletesItself = false;
     const int m_id;
     bool m_failed = false;
 };
@@ -102,9 +138,9 @@ int numberOfFile()
     return atoi(digits);
 }
 
-__attribute__((constructor)) void dieInOpening()
+__attribute__((constructor)) void misbehaveInOpening()
 {
-    dieIn((std::string(moduleFile()) + " opened").c_str());
+    misbehave((std::string(moduleFile()) + " opened").c_str());
 }
 
 __attribute__((destructor)) void logClosing()
@@ -116,19 +152,19 @@ __attribute__((destructor)) void logClosing()
 
 extern "C" const Orvia::VQMModuleInfo *VQMGetModuleInfo()
 {
-    moduleLog("info");
+    const bool fails = moduleLog("info") == Fails;
     throwIf<Behaviour::ThrowsInInfo>();
     static Orvia::VQMModuleInfo info = VQM_MODULE_INFO;
     if (info.defaultId < 0)
         info.defaultId = numberOfFile();
-    return behaviour == Behaviour::NullInfo ? nullptr : &info;
+    return fails || behaviour == Behaviour::NullInfo ? nullptr : &info;
 }
 
 extern "C" Orvia::VQMModuleInterface *VQMCreateModuleInterfaceInstance(int id)
 {
-    moduleLog("create %d", id);
+    const bool fails = moduleLog("create %d", id) == Fails;
     throwIf<Behaviour::ThrowsInCreate>();
     if constexpr (behaviour == Behaviour::UnresolvedSymbol)
         symbolThatNoLibraryDefines();
-    return behaviour == Behaviour::NullObject ? nullptr : new TestModule(id);
+    return fails || behaviour == Behaviour::NullObject ? nullptr : new TestModule(id);
 }

@@ -12,6 +12,7 @@ namespace {
 #define SAME_FIELD(Record, field)                                                                            \
     static_assert(offsetof(Record, field) == offsetof(Orvia::Record, field) &&                               \
                   sizeof(Record::field) == sizeof(Orvia::Record::field))
+// Fields that are pointers are meant. NOLINTBEGIN(bugprone-sizeof-expression)
 SAME_FIELD(VQMModuleInfo, own);
 SAME_FIELD(VQMModuleInfo, major);
 SAME_FIELD(VQMModuleInfo, minor);
@@ -27,6 +28,7 @@ SAME_FIELD(VQMAnchorInterface, scpiModule);
 SAME_FIELD(VQMAnchorInterface, databaseModule);
 SAME_FIELD(VQMAnchorInterface, stageListener);
 SAME_FIELD(VQMAnchorInterface, plugInInterfaces);
+// NOLINTEND(bugprone-sizeof-expression)
 static_assert(sizeof(VQMModuleInfo) == sizeof(Orvia::VQMModuleInfo));
 static_assert(sizeof(VQMAnchorInterface) == sizeof(Orvia::VQMAnchorInterface));
 static_assert(sizeof(VQMModuleObject) == sizeof(Orvia::VQMModuleInterface));

@@ -3,11 +3,13 @@
 #include "gui/EGuiEventType.h"
 #include "gui/MainWidget.h"
 #include "gui/VQMMainGui.h"
+#include "platform/Debug.h"
 #include "platform/VQMUtility.h"
 #include "registry/VQMModule.h"
 
 #include <QApplication>
 #include <QEvent>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
 
@@ -68,6 +70,32 @@ void describeWindows()
     std::fprintf(stderr, "seen:%s\n", qPrintable(seen));
 }
 
+/// Shows a message box, says when it is there, and closes it if it is asked to.
+void showMessageBox(const QString &text)
+{
+    if (!isAskedTo("close message boxes") && !isAskedTo("leave a message box"))
+        return;
+    onGuiThread([] {
+        auto *timer = new QTimer(QCoreApplication::instance());
+        QObject::connect(timer, &QTimer::timeout, timer, [timer] {
+            const QWidgetList windows = QApplication::topLevelWidgets();
+            for (QWidget *window : windows) {
+                auto *box = qobject_cast<QMessageBox *>(window);
+                if (box == nullptr || box->windowTitle() != "Probe" || !box->isVisible())
+                    continue;
+                std::fprintf(stderr, "box: %s\n", qPrintable(box->text()));
+                timer->stop();
+                timer->deleteLater(); // before this library goes
+                if (isAskedTo("close message boxes"))
+                    box->accept();
+            }
+        });
+        timer->start(1);
+    });
+    Orvia::Debug::debugMessageBox("Probe", text, true, 0, 0, 0, 0);
+    std::fputs("box is closed\n", stderr);
+}
+
 void postStartGui()
 {
     if (isAskedTo("start the Gui stage at all times"))
@@ -88,6 +116,7 @@ public:
             QTimer::singleShot(0, [] { throw std::runtime_error("too late"); });
         else if (isAskedTo("describe the windows"))
             onGuiThread(describeWindows);
+        showMessageBox("start-up thread");
         postStartGui();
         return 0;
     }
@@ -105,6 +134,7 @@ public:
         else
             postStartGui();
         m_isUp = true;
+        showMessageBox("GUI thread");
     }
     void terminateModules() override
     {

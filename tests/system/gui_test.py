@@ -168,6 +168,26 @@ class Display(LauncherCase):
         self.assertIn(IN_ORDER + "0", process.errors)
         self.assertEqual(self.module_log("terminate"), ["plugin terminate", "window terminate"])
 
+    def start_with_boxes(self, probe, *arguments):
+        configuration = pathlib.Path(self.configure("probe", "window"))
+        with configuration.with_suffix(".ini").open("a") as properties:
+            properties.write("[DebugServer]\nenableMessageBoxes=1\n")
+        return self.start("-l", str(configuration), *arguments, VQM_TEST_PROBE=probe)
+
+    def test_message_boxes_wait_until_they_are_closed(self):
+        process = self.start_with_boxes("close message boxes", *UNTIL_COMPLETE)
+        self.assertEqual(process.finish(), 0, process.errors)
+        self.assertEqual(re.findall("^box.*", process.errors, re.MULTILINE),
+                         ["box: start-up thread", "box is closed", "box: GUI thread", "box is closed"])
+
+    def test_message_boxes_do_not_keep_the_process_from_ending(self):
+        process = self.start_with_boxes("leave a message box")
+        process.wait_for("box: ")
+        process.process.send_signal(signal.SIGTERM)
+        self.assertEqual(process.finish(), 0, process.errors)
+        self.assertIn("box is closed", process.errors)
+        self.assertIn(IN_ORDER + "0", process.errors)
+
 
 if __name__ == "__main__":
     unittest.main(verbosity=2)

@@ -3,10 +3,13 @@
 import hashlib
 import os
 import pathlib
+import re
+import shlex
 import signal
+import subprocess
 import unittest
 
-from launcher_case import LauncherCase, MODULES
+from launcher_case import LauncherCase, MAINSTARTUP, MODULES
 
 MODES = ("--offscreen", "--headless")
 UNTIL_MODULES = ("--until", "modules finished")
@@ -122,6 +125,19 @@ class StartAndShutdown(LauncherCase):
                 tens = [int(line.split()[-2]) // 10 for line in process.errors.splitlines() if title in line]
                 self.assertEqual(tens, list(range(11)))
 
+    def test_progress_on_a_terminal(self):
+        """A line that is written over and over."""
+        configuration = self.configure(*["base3"] * 4)
+        for code, arguments, expected in (
+                (0, ["-l", configuration, "--headless", *UNTIL_MODULES],
+                 ["Load Base System + Plugins", "Initialize Base System"]),
+                (1, ["--check", configuration, "--probe"], [f"{number} of 4: base3.so" for number in range(1, 5)])):
+            run = subprocess.run(["script", "-qec", shlex.join([MAINSTARTUP, *arguments]), "/dev/null"],
+                                 env=self.environment, stdin=subprocess.DEVNULL, capture_output=True, timeout=60)
+            self.assertEqual(run.returncode, code, run.stdout)
+            lines = re.findall(r"\x1b\[K(\S.*?)(?: +\d+ %)?\r(?!\n)", run.stdout.decode())
+            self.assertEqual(list(dict.fromkeys(lines)), expected)
+
 
 class FailingModules(LauncherCase):
     def check(self, code, said, files, terminations, mode="--offscreen", **environment):
@@ -136,17 +152,6 @@ class FailingModules(LauncherCase):
         self.check(5, "module Name_of_25_characters_abc threw: throws_in_initialize",
                    ["base3", "database", "throws_in_initialize", "scpi"], ["database", "base3"])
 
-    def test_throws_in_gui_pass(self):
-        self.check(5, "module GuiDll threw: gui_throws", ["database", "gui_throws", "scpi"], ["scpi", "database"])
-
-    def test_throws_when_told_of_a_stage(self):
-        for mode in MODES:
-            self.check(5, "module throws_in_stage threw: throws_in_stage", ["base3", "throws_in_stage"], None, mode)
-
-    def test_throws_in_termination(self):
-        self.check(5, "module throws_in_terminate threw: throws_in_terminate",
-                   ["base3", "throws_in_terminate", "gui"], ["gui", "throws_in_terminate", "base3"])
-
     def test_throws_out_of_an_event(self):
         for probe, text in (("throw later", "too late"),
                             ("throw later on the GUI thread", "an exception of unknown type")):
@@ -154,11 +159,6 @@ class FailingModules(LauncherCase):
             self.assertEqual(process.finish(), 5)
             self.assertIn(f"mainstartup: an event handler threw: {text}\n", process.errors)
             self.assertIn(IN_ORDER + "5", process.errors)
-
-    def test_status_of_a_base_module(self):
-        """A module that reports a failure does not keep the others from running, nor do they hide it."""
-        self.check(5, "initialization of module status5 ended with status 5",
-                   ["base3", "status5", "scpi", "gui"], ["gui", "scpi", "status5", "base3"])
 
     def test_status_of_a_plug_in(self):
         """The call for its part ends there, start-up goes on."""

@@ -65,24 +65,16 @@ class Breadcrumbs(LauncherCase):
         self.assertEqual(self.state.read_text(), "")
         return [line.removeprefix(self.ENDED) for line in process.errors.splitlines() if line.startswith(self.ENDED)]
 
-    def test_killed_in_every_phase(self):
-        for place, said in (("base3 opened", "open base3.so"), ("base3 info", "describe base3.so"),
-                            ("base3 create", "create base3.so"), ("base3 initialize", "initialize base3"),
-                            ("plugin initialize 1", "initialize plugin"), ("gui initialize", "initialize GuiDll"),
-                            ("base3 modulesFinished", "stage modules finished: base3"),
-                            ("plugin initialize 6", "initialize plugin"),
-                            ("gui completeFinished", "stage complete finished: GuiDll"),
-                            ("plugin terminatePlugins", "stage terminate plugins: plugin"),
-                            ("plugin deleted", "terminate plugin"), ("gui deleted", "terminate GuiDll"),
-                            ("base3 closed", "close base3.so")):
-            for number in (signal.SIGKILL, signal.SIGABRT):
-                with self.subTest(place, signal=number):
-                    self.run_to_end(-number, "-l", self.configuration, "--offscreen", *UNTIL_COMPLETE,
-                                    VQM_TEST_DIES_IN=f"{int(number)} {place}")
-                    before = time.strftime("%Y-%m-%d %H:")
-                    lines = self.said()
-                    self.assertEqual([line.split(", at ")[0] for line in lines], [said])
-                    self.assertIn(lines[0].split(", at ")[1][:14], (before, time.strftime("%Y-%m-%d %H:")))
+    def test_killed(self):
+        """What the file holds after an end in each operation: tests/faults."""
+        for place, said in (("base3 info", "describe base3.so"), ("plugin deleted", "terminate plugin")):
+            with self.subTest(place):
+                self.run_to_end(-signal.SIGKILL, "-l", self.configuration, "--offscreen", *UNTIL_COMPLETE,
+                                VQM_TEST_MISBEHAVES=f"{int(signal.SIGKILL)} {place}")
+                before = time.strftime("%Y-%m-%d %H:")
+                lines = self.said()
+                self.assertEqual([line.split(", at ")[0] for line in lines], [said])
+                self.assertIn(lines[0].split(", at ")[1][:14], (before, time.strftime("%Y-%m-%d %H:")))
 
     def test_killed_at_any_time(self):
         for _ in range(15):

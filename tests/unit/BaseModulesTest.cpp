@@ -27,7 +27,7 @@ protected:
     /// The module call throws its own text.
     static void throwAt(std::vector<std::string> texts)
     {
-        calls.onCall = [texts](const FakeCalls::Call &call) {
+        calls.onCall = [texts = std::move(texts)](const FakeCalls::Call &call) {
             if (std::find(texts.begin(), texts.end(), call.text) != texts.end())
                 throw std::runtime_error(call.text);
         };

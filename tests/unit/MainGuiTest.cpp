@@ -116,13 +116,14 @@ TEST_F(MainGuiTest, AlertsGoToTheReceiverOrElseToTheHook)
     EXPECT_EQ(VQMMainGui::receiver, second.get());
     VQMMainGui::showAlert("with", "receiver");
     runPosted(second.get());
-    VQMMainGui::showAlert("lost", "with its receiver");
+    VQMMainGui::showAlert("inherited", "from its receiver");
     second.reset();
     EXPECT_EQ(VQMMainGui::receiver, nullptr);
     VQMMainGui::showAlert("after", "it");
     answers.hookInstalled = false;
     VQMMainGui::showAlert("no", "hook");
-    EXPECT_THAT(calls.of("alert"), ElementsAre("before | any", "after | it"));
+    EXPECT_THAT(calls.of("alert"),
+                ElementsAre("before | any", "inherited | from its receiver", "after | it"));
     EXPECT_THAT(boxes.opened, ElementsAre("with | receiver"));
 }
 

@@ -16,7 +16,7 @@ protected:
 
     QByteArray write(const QByteArray &document, const char *name = "document.xml") const
     {
-        const QByteArray path = folder.filePath(name).toLocal8Bit();
+        QByteArray path = folder.filePath(name).toLocal8Bit();
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(document) == document.size());
         return path;

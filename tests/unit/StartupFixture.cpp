@@ -20,6 +20,7 @@ OpenStartup::~OpenStartup()
 std::vector<int> OpenStartup::keys() const
 {
     std::vector<int> found;
+    found.reserve(moduleTable->count);
     for (int i = 0; i < moduleTable->count; ++i)
         found.push_back(moduleTable->entries[i].key);
     return found;

@@ -68,7 +68,7 @@ ProbeReader::ProbeReader()
 {
     setElemTbl(4, table);
     setModuleName("Mine");
-    setFileName("probe.xml");
+    setFileName("probe%2.xml");
 }
 
 class XmlFrameTest : public testing::Test
@@ -155,7 +155,7 @@ TEST_F(XmlFrameTest, ExceptionsOfHandlersEndTheParse)
         EXPECT_FALSE(reader.read("<Root>\n\n<Note/><Note/></Root>"));
         EXPECT_EQ(reader.seen.size(), 1u);
         ASSERT_EQ(calls.of("debug").size(), 1u);
-        EXPECT_THAT(calls.of("debug")[0], testing::StartsWith("[1 0] probe.xml:3:"));
+        EXPECT_THAT(calls.of("debug")[0], testing::StartsWith("[1 0] probe%2.xml:3:"));
         EXPECT_THAT(calls.of("debug")[0], HasSubstr(text));
     }
 }

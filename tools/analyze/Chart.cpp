@@ -137,7 +137,8 @@ void paintAxis(Painter *painter, const Layout &layout, double top, double bottom
             step *= factor;
     }
     const double unit = layout.end < 2e6 ? 1e3 : 1e6;
-    for (double time = 0; time <= layout.end * (1 + 1e-9); time += step) {
+    for (int mark = 0; mark * step <= layout.end * (1 + 1e-9); ++mark) {
+        const double time = mark * step;
         const double x = time / layout.end * plotWidth;
         painter->verticalLine(x, top, bottom, "grid");
         painter->text(x, bottom + textLine + 2,

@@ -42,7 +42,7 @@ std::string thrownText()
     const std::string name = readable != nullptr ? readable : "a foreign exception";
     std::free(readable);
     try {
-        throw;
+        throw; // cppcheck-suppress rethrowNoCurrentException ; called by handlers alone
     } catch (const std::exception &exception) {
         return name + ": " + exception.what();
     } catch (const char *text) {

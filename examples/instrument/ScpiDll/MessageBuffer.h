@@ -11,7 +11,7 @@ namespace Orvia {
 class MessageBuffer
 {
 public:
-    static constexpr std::size_t maxLength = 16 * 1024;
+    static constexpr std::size_t maxLength = std::size_t{16} * 1024;
 
     enum class Piece
     {

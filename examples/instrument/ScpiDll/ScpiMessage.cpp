@@ -38,19 +38,19 @@ bool equalIgnoringCase(std::string_view a, std::string_view b)
 /// not count.
 std::string_view takeUntil(char separator, std::string_view *rest)
 {
-    char quote = 0;
+    char quote = '\0';
     std::size_t end = 0;
     for (; end < rest->size(); ++end) {
         const char c = (*rest)[end];
-        if (quote != 0)
-            quote = c == quote ? 0 : quote;
+        if (quote != '\0')
+            quote = c == quote ? '\0' : quote;
         else if (c == '"' || c == '\'')
             quote = c;
         else if (c == separator)
             break;
     }
     const std::string_view piece = rest->substr(0, end);
-    if (quote != 0)
+    if (quote != '\0')
         throw ScpiError{ScpiInvalidStringData, std::string(piece)};
     rest->remove_prefix(std::min(end + 1, rest->size()));
     return piece;

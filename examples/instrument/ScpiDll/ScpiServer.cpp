@@ -11,8 +11,8 @@ namespace Orvia {
 
 namespace {
 
-constexpr qint64 maxUnread = 64 * 1024; ///< bytes received and not yet looked at
-constexpr qint64 maxUnsent = 64 * 1024; ///< bytes of responses before messages have to wait
+constexpr qint64 maxUnread = qint64{64} * 1024; ///< bytes received and not yet looked at
+constexpr qint64 maxUnsent = qint64{64} * 1024; ///< bytes of responses before messages have to wait
 
 /// One client. Lives as long as the slots on its socket.
 class Connection

@@ -23,7 +23,7 @@ int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     VQMProperties::setStringProperty("DebugServer", "level.1", "3", 0);
-    VQMAnchorInterface anchor{};
+    static VQMAnchorInterface anchor{}; // like the pointer to it
     VQMMainStartupImplementation::anchorInterface = &anchor;
     Startup startup;
     startup.setProgArgument(argc, argv);
