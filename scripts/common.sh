@@ -5,7 +5,11 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 packages_to_build="cmake ninja-build g++ libelf-dev libsystemd-dev scdoc
     qt6-base-dev qt6-5compat-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools"
 packages_to_run="libqt6sql6-sqlite fonts-dejavu-core procps libsystemd0"
-packages_to_test="libgtest-dev libgmock-dev python3 binutils pkgconf xvfb systemd jq libxml2-utils doxygen graphviz"
+packages_to_test="libgtest-dev libgmock-dev python3 binutils pkgconf xvfb systemd jq libxml2-utils strace doxygen graphviz"
+packages_to_measure="libexpat1-dev libboost-dev libboost-filesystem-dev valgrind python3" # scripts/bench
+packages_to_fuzz="clang llvm libclang-rt-14-dev" # scripts/fuzz
+packages_to_lint="clang-tidy-14 cppcheck" # scripts/lint
+packages_to_cover="gcovr" # scripts/coverage
 packages_to_package="dpkg-dev file gzip lintian" # scripts/package
 packages_to_bootstrap="mmdebstrap arch-test" # scripts/test-packages, scripts/test-i386
 
