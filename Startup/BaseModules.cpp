@@ -1,3 +1,4 @@
+#include "Startup/DebugOutput.h"
 #include "Startup/FirstException.h"
 #include "Startup/VQMMainStartupImplementation.h"
 #include "platform/Debug.h"
@@ -30,7 +31,7 @@ int VQMMainStartupImplementation::initializeModules(const QStringList &names, bo
         if (!record->moduleLoaded() || record->moduleInterface == nullptr ||
             record->info->moduleType != VQMBaseModule || isExcluded(record->name, names, exclude))
             continue;
-        suDebugMsgOut(0, "Initializing " + nameOf(record) + "...", 3, 0);
+        debugProgress({"Initializing ", record->name, "..."});
         if (!platform && record->initialized) {
             Debug::debugMessageBox("ERROR", "Already initialized: " + nameOf(record), true, 0, 17, 0, 0);
         } else {
@@ -39,7 +40,7 @@ int VQMMainStartupImplementation::initializeModules(const QStringList &names, bo
             record->initialized = true;
             ++baseModulesInitialized;
             if (status == 0)
-                suDebugMsgOut(0, "...ok.", 3, 0);
+                debugProgress({"...ok."});
             else
                 suDebugMsgOut(0, "Initialization of Module " + nameOf(record) + " failed!", 1, status);
         }
@@ -60,7 +61,7 @@ int VQMMainStartupImplementation::modulesTerminate(const QStringList &names, boo
         if (!record->moduleLoaded() || record->info->moduleType != VQMBaseModule ||
             isExcluded(record->name, names, exclude))
             continue;
-        suDebugMsgOut(0, "Terminate " + nameOf(record) + "...", 3, 0);
+        debugProgress({"Terminate ", record->name, "..."});
         --baseModulesInitialized;
         if (record->moduleId == VQMScpiId)
             anchorInterface->scpiModule = nullptr;
@@ -69,7 +70,7 @@ int VQMMainStartupImplementation::modulesTerminate(const QStringList &names, boo
         else if (record->moduleId == VQMDatabaseId)
             anchorInterface->databaseModule = nullptr;
         if (terminateModule(record, &failure))
-            suDebugMsgOut(0, "...ok", 3, 0);
+            debugProgress({"...ok"});
     }
     failure.rethrow();
     return 0;

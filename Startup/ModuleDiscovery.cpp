@@ -1,3 +1,4 @@
+#include "Startup/DebugOutput.h"
 #include "Startup/FirstException.h"
 #include "Startup/ModuleRules.h"
 #include "Startup/StartupErrors.h"
@@ -8,20 +9,33 @@
 
 #include <QDir>
 
-#include <cstdio>
+#include <charconv>
+#include <iterator>
 #include <memory>
+#include <string>
 #include <utility>
 
 namespace Orvia {
 
 namespace {
 
-QString versionText(const char *label, int major, int minor, int build)
+/// "01.00.00": each number of two digits at least.
+std::string versionText(int major, int minor, int build)
 {
-    char text[80];
-    std::snprintf(text, sizeof text, "%s: %2.2ld.%2.2ld.%2.2ld", label, long(major), long(minor),
-                  long(build));
-    return QString::fromLatin1(text);
+    std::string text;
+    for (const int number : {major, minor, build}) {
+        char digits[16];
+        const unsigned size = number < 0 ? 0U - static_cast<unsigned>(number) : static_cast<unsigned>(number);
+        char *const end = std::to_chars(std::begin(digits), std::end(digits), size).ptr;
+        if (!text.empty())
+            text += '.';
+        if (number < 0)
+            text += '-';
+        if (size < 10)
+            text += '0';
+        text.append(std::begin(digits), end);
+    }
+    return text;
 }
 
 std::vector<std::string> pathsOf(const QList<QFileInfo> &files)
@@ -123,7 +137,7 @@ bool VQMMainStartupImplementation::loadModule(const QFileInfo &file, int *plugIn
         record->closeLibrary();
         return false;
     }
-    suDebugMsgOut(0, "Module Name             : " + QString::fromLatin1(info->name), 3, 0);
+    debugProgress({"Module Name             : ", info->name != nullptr ? info->name : ""});
 
     record->createInstanceEntry =
         reinterpret_cast<CreateInstanceFunction>(record->getProcAddress(createInstanceSymbol));
@@ -148,16 +162,13 @@ bool VQMMainStartupImplementation::loadModule(const QFileInfo &file, int *plugIn
 
 void VQMMainStartupImplementation::reportModule(const VQMLoadedModuleInformation *record)
 {
-
     const VQMModuleInfo *info = record->info;
     const VQMModuleVersion *version = record->interfaceVersion;
-    suDebugMsgOut(0, "Module Id               : " + QString::number(record->moduleId), 3, 0);
-    suDebugMsgOut(0, versionText("Module Version          ", info->major, info->minor, info->build), 3, 0);
-    suDebugMsgOut(0,
-                  version != nullptr ? versionText("Module Interface Version", version->major, version->minor,
-                                                   version->build)
-                                     : versionText("Module Interface Version", 0, 0, 0),
-                  3, 0);
+    debugProgress({"Module Id               : ", std::to_string(record->moduleId)});
+    debugProgress({"Module Version          : ", versionText(info->major, info->minor, info->build)});
+    debugProgress({"Module Interface Version: ",
+                   version != nullptr ? versionText(version->major, version->minor, version->build)
+                                      : versionText(0, 0, 0)});
 }
 
 bool VQMMainStartupImplementation::describeModule(VQMLoadedModuleInformation *record,

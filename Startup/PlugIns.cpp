@@ -1,3 +1,4 @@
+#include "Startup/DebugOutput.h"
 #include "Startup/FirstException.h"
 #include "Startup/ModuleRules.h"
 #include "Startup/VQMMainStartupImplementation.h"
@@ -39,7 +40,7 @@ int VQMMainStartupImplementation::initializePlugIns(int parts)
     if (parts < 0)
         parts &= allModuleParts;
     if (parts == 0 || parts > allModuleParts) {
-        suDebugMsgOut(0, "Initializing Plugin: invalid part given", 3, 0);
+        debugProgress({"Initializing Plugin: invalid part given"});
         return 0;
     }
     std::uint32_t total = 0;
@@ -72,14 +73,14 @@ void VQMMainStartupImplementation::plugInsTerminate()
              record = walk.previous()) {
             if (!record->moduleLoaded() || (record->info->moduleType & row->type) == 0)
                 continue;
-            suDebugMsgOut(0, "Terminate Plugin: " + nameOf(record), 3, 0);
+            debugProgress({"Terminate Plugin: ", record->name});
             --group.modulesInitialized;
             for (int part = 0; part < 3; ++part) {
                 if ((record->info->parts & (1 << part)) != 0)
                     --group.partCounters[part].modulesInitialized;
             }
             if (terminatePlugIn(record, &failure))
-                suDebugMsgOut(0, "...ok", 3, 0);
+                debugProgress({"...ok"});
         }
     }
     failure.rethrow();
@@ -101,7 +102,7 @@ int VQMMainStartupImplementation::initializePlugInsOfType(int row, int parts, st
             return status;
         }
         notePartsInitialized(record, &group, parts);
-        suDebugMsgOut(0, "...ok.", 3, 0);
+        debugProgress({"...ok."});
         if (showProgress)
             showProgressBar(&plugInProgressBarId, "Initialize Plugins", plugInPercent(parts, total));
     }

@@ -1,11 +1,9 @@
 #include "Startup/VQMMainStartupImplementation.h"
 
 #include "Startup/StartupErrors.h"
-#include "platform/Debug.h"
 #include "platform/ErrorManager.h"
 #include "platform/VQMProgressBar.h"
 #include "platform/VQMProperties.h"
-#include "platform/VQMUtility.h"
 
 #include <algorithm>
 #include <limits>
@@ -13,8 +11,6 @@
 namespace Orvia {
 
 namespace {
-
-constexpr int debugModule = 1;
 
 VQMModuleVersion startupInterfaceVersion(0, 0, 5);
 
@@ -111,13 +107,6 @@ void VQMMainStartupImplementation::addLoadListFile(const QString &path)
 bool VQMMainStartupImplementation::isExcluded(const char *name, const QStringList &list, bool inList) const
 {
     return list.contains(QLatin1String(name)) == inList;
-}
-
-void VQMMainStartupImplementation::suDebugMsgOut(int kind, const QString &text, int level, int code)
-{
-    if (Debug::isActive(debugModule, level, kind))
-        Debug::println(debugModule, kind, text, level, code, nullptr, -1);
-    VQMUtility::traceMessage(text.toLatin1().constData());
 }
 
 int VQMMainStartupImplementation::wholePercent(double percent)

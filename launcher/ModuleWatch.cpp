@@ -1,7 +1,7 @@
 #include "launcher/ModuleWatch.h"
 
+#include "platform/JoinedText.h"
 #include "platform/TraceSpan.h"
-#include "platform/VQMUtility.h"
 
 namespace Orvia {
 
@@ -12,7 +12,7 @@ ModuleWatch::ModuleWatch(VQMDllModuleInterface *module, int id, const char *name
 
 int ModuleWatch::initialize(VQMAnchorInterface *anchor, int parts)
 {
-    TraceSpan span("initialize", (m_label + ", parts " + std::to_string(parts)).c_str());
+    TraceSpan span("initialize", JoinedText({m_label, ", parts ", std::to_string(parts)}).c_str());
     try {
         const int status = m_module->initialize(anchor, parts);
         if (status != 0)
@@ -30,10 +30,7 @@ template <typename... Parameters, typename... Arguments>
 void ModuleWatch::announce(ESuStage stage, void (VQMDllModuleInterface::*operation)(Parameters...),
                            Arguments... arguments)
 {
-    std::string subject;
-    if (VQMUtility::isTracing())
-        subject.append(stageText(stage)).append(": ").append(m_label);
-    TraceSpan span("stage", subject.c_str());
+    TraceSpan span("stage", stageText(stage), m_label.c_str());
     try {
         (m_module->*operation)(arguments...);
     } catch (...) {

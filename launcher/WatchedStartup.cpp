@@ -2,6 +2,7 @@
 
 #include "launcher/ExitCodes.h"
 #include "launcher/Report.h"
+#include "platform/JoinedText.h"
 #include "platform/VQMUtility.h"
 
 #include <QFileInfo>
@@ -19,28 +20,25 @@ const std::string guiLabel = std::to_string(VQMGuiId) + ' ' + guiName;
 class WatchedStartup::Watching
 {
 public:
-    explicit Watching(WatchedStartup *startup) : m_startup(startup), m_isOutermost(startup->m_watches.empty())
+    explicit Watching(WatchedStartup *startup)
+        : m_startup(startup), m_isOutermost(!std::exchange(startup->m_isWatching, true))
     {
         if (!m_isOutermost)
             return;
-        auto &watches = m_startup->m_watches;
-        watches.reserve(m_startup->moduleTable->count); // the records point into it
-        ModuleIterator walk(m_startup->moduleTable);
-        for (VQMLoadedModuleInformation *record = walk.toFirst(); record != nullptr; record = walk.next()) {
-            if (record->moduleInterface == nullptr)
-                continue;
-            watches.emplace_back(
-                record, ModuleWatch(record->moduleObject(), record->moduleId, record->name, m_startup));
-            record->moduleInterface = &watches.back().second;
-        }
+        if (m_startup->m_watches.empty())
+            m_startup->makeWatches();
+        for (auto &[record, watch] : m_startup->m_watches)
+            if (record->moduleInterface != nullptr)
+                record->moduleInterface = &watch;
     }
     ~Watching()
     {
         if (!m_isOutermost)
             return;
         for (auto &[record, watch] : m_startup->m_watches)
-            record->moduleInterface = watch.module();
-        m_startup->m_watches.clear();
+            if (record->moduleInterface != nullptr)
+                record->moduleInterface = watch.module();
+        m_startup->m_isWatching = false;
     }
     Watching(const Watching &) = delete;
     Watching &operator=(const Watching &) = delete;
@@ -67,9 +65,20 @@ WatchedStartup::~WatchedStartup()
 void WatchedStartup::addLoadListFile(const QString &path)
 {
     const bool skip = isSkipped(path);
-    VQMUtility::traceMessage(((skip ? "skipped: " : "listed: ") + path).toLocal8Bit().constData());
+    VQMUtility::traceMessage(
+        JoinedText({skip ? "skipped: " : "listed: ", path.toLocal8Bit().constData()}).c_str());
     if (!skip)
         VQMIntegrationStartup::addLoadListFile(path);
+}
+
+void WatchedStartup::makeWatches()
+{
+    m_watches.reserve(moduleTable->count); // the records will point into it
+    ModuleIterator walk(moduleTable);
+    for (VQMLoadedModuleInformation *record = walk.toFirst(); record != nullptr; record = walk.next())
+        if (record->moduleInterface != nullptr)
+            m_watches.emplace_back(record,
+                                   ModuleWatch(record->moduleObject(), record->moduleId, record->name, this));
 }
 
 bool WatchedStartup::isSkipped(const QString &path)

@@ -48,6 +48,7 @@ public:
     std::string takeThrowingModule();
 
 private:
+    void makeWatches();
     bool isSkipped(const QString &path);
     class Watching;
 
@@ -58,7 +59,8 @@ private:
     QStringList m_unusedSkips;
     const std::function<void(ESuStage)> m_stageAnnounced;
     ExitStatus *m_status;
-    std::vector<std::pair<VQMLoadedModuleInformation *, ModuleWatch>> m_watches; ///< while calls are watched
+    std::vector<std::pair<VQMLoadedModuleInformation *, ModuleWatch>> m_watches; ///< made when first needed
+    bool m_isWatching = false;
     std::string m_throwing;
     /// Where the Gui stage calls the Gui module itself: from the start-up step callback to "complete
     /// finished", and behind that, when it asks for the main widget.

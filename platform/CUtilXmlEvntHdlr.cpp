@@ -111,7 +111,7 @@ int CUtilXmlEvntHdlr::elemRclModule(const QString &, const QXmlAttributes &attri
 
 int CUtilXmlEvntHdlr::elemRclUnknown(const QString &name, const QXmlAttributes &, bool start)
 {
-    return levelOnly(name.toUtf8().constData(), start);
+    return levelOnly(start ? name.toUtf8().constData() : "", start);
 }
 
 bool CUtilXmlEvntHdlr::incrLevel(const char *name)

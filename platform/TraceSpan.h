@@ -15,6 +15,8 @@ class VQM_EXPORT TraceSpan
 public:
     /// The texts are copied only when tracing is on. An operation is one word.
     TraceSpan(const char *operation, const char *subject);
+    /// The subject is "KIND: SUBJECT".
+    TraceSpan(const char *operation, const char *kind, const char *subject);
     ~TraceSpan();
     TraceSpan(const TraceSpan &) = delete;
     TraceSpan &operator=(const TraceSpan &) = delete;

@@ -74,13 +74,14 @@ std::int64_t now()
 
 const ThreadLabel &currentThreadLabel()
 {
-    if (threadLabel.length == 0) {
-        threadLabel.id = ::gettid();
-        ::pthread_getname_np(::pthread_self(), threadLabel.name, sizeof(threadLabel.name));
-        threadLabel.length = static_cast<std::size_t>(std::snprintf(
-            threadLabel.text, sizeof(threadLabel.text), " [%d %s] ", threadLabel.id, threadLabel.name));
+    ThreadLabel &label = threadLabel; // asked for once: in a library each time is a call
+    if (label.length == 0) {
+        label.id = ::gettid();
+        ::pthread_getname_np(::pthread_self(), label.name, sizeof(label.name));
+        label.length = static_cast<std::size_t>(
+            std::snprintf(label.text, sizeof(label.text), " [%d %s] ", label.id, label.name));
     }
-    return threadLabel;
+    return label;
 }
 
 /// Makes room for `size` bytes behind what is written. 0 or the error number. The space is really allocated

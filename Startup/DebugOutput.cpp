@@ -1,0 +1,32 @@
+#include "Startup/DebugOutput.h"
+
+#include "Startup/VQMMainStartupImplementation.h"
+#include "platform/Debug.h"
+#include "platform/JoinedText.h"
+#include "platform/VQMUtility.h"
+
+namespace Orvia {
+
+namespace {
+
+constexpr int debugModule = 1;
+constexpr int progressLevel = 3;
+
+} // namespace
+
+void VQMMainStartupImplementation::suDebugMsgOut(int kind, const QString &text, int level, int code)
+{
+    if (Debug::isActive(debugModule, level, kind))
+        Debug::println(debugModule, kind, text, level, code, nullptr, -1);
+    VQMUtility::traceMessage(text.toLatin1().constData());
+}
+
+void debugProgress(std::initializer_list<std::string_view> pieces)
+{
+    const JoinedText line(pieces);
+    if (Debug::isActive(debugModule, progressLevel, 0))
+        Debug::println(debugModule, 0, QString::fromLatin1(line.c_str()), progressLevel, 0, nullptr, -1);
+    VQMUtility::traceMessage(line.c_str());
+}
+
+} // namespace Orvia
