@@ -5,8 +5,6 @@
 #include "launcher/Report.h"
 #include "platform/ErrorManager.h"
 
-#include <cstring>
-#include <string_view>
 #include <utility>
 
 namespace Orvia {
@@ -87,7 +85,7 @@ QStringList StartupObserver::summary() const
 {
     const QStringList errors = signalledErrors(); // not under the lock: whoever signals may trace as well
     const std::lock_guard lock(m_mutex);
-    understandHeard();
+    m_heard.tellTo(&m_record);
     QStringList lines;
     for (const std::string &line : summaryOf(m_record))
         lines.append(QString::fromLocal8Bit(line.c_str()));
@@ -99,7 +97,7 @@ bool StartupObserver::wentWell() const
     if (!signalledErrors().isEmpty())
         return false;
     const std::lock_guard lock(m_mutex);
-    understandHeard();
+    m_heard.tellTo(&m_record);
     return m_record.wentWell();
 }
 
@@ -107,13 +105,10 @@ void StartupObserver::traced(std::int64_t microseconds, int thread, const char *
 {
     const std::lock_guard lock(m_mutex);
     if (!m_breadcrumb.isOpen()) {
-        m_heard.append(reinterpret_cast<const char *>(&microseconds), sizeof microseconds);
-        m_heard.append(reinterpret_cast<const char *>(&thread), sizeof thread);
-        m_heard.append(threadName).push_back('\0');
-        m_heard.append(text).push_back('\0');
+        m_heard.keep(microseconds, thread, threadName, text);
         return;
     }
-    understandHeard();
+    m_heard.tellTo(&m_record);
     m_record.addLine(microseconds, thread, threadName, text);
     if (!m_marks)
         return;
@@ -122,22 +117,6 @@ void StartupObserver::traced(std::int64_t microseconds, int thread, const char *
         return;
     m_breadcrumb.mark(current);
     m_marked = std::move(current);
-}
-
-/// The mutex is held.
-void StartupObserver::understandHeard() const
-{
-    for (const char *next = m_heard.data(), *end = next + m_heard.size(); next != end;) {
-        std::int64_t microseconds = 0;
-        int thread = 0;
-        std::memcpy(&microseconds, next, sizeof microseconds);
-        std::memcpy(&thread, next + sizeof microseconds, sizeof thread);
-        const std::string_view name = next + sizeof microseconds + sizeof thread;
-        const std::string_view text = name.data() + name.size() + 1;
-        m_record.addLine(microseconds, thread, name, text);
-        next = text.data() + text.size() + 1;
-    }
-    m_heard = std::string();
 }
 
 } // namespace Orvia

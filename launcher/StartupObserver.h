@@ -1,5 +1,6 @@
 #pragma once
 
+#include "diagnosis/KeptLines.h"
 #include "diagnosis/StartupRecord.h"
 #include "launcher/Breadcrumb.h"
 #include "platform/VQMUtility.h"
@@ -39,12 +40,9 @@ public:
     void traced(std::int64_t microseconds, int thread, const char *threadName, const char *text) override;
 
 private:
-    void understandHeard() const;
-
     mutable std::mutex m_mutex;
     mutable StartupRecord m_record;
-    mutable std::string
-        m_heard; ///< lines one after the other: time and thread as bytes, two texts ending in 0
+    mutable KeptLines m_heard; ///< what the record has still to be told
     Breadcrumb m_breadcrumb;
     std::string m_marked;
     bool m_marks = false;
