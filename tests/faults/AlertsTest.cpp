@@ -76,6 +76,7 @@ TEST(AlertsTest, ArriveOnceEachWhileTheirReceiverComesAndGoes)
     std::atomic<int> working = senders;
     std::atomic<int> receivers = 0; // that there have been
     std::vector<std::thread> threads;
+    threads.reserve(senders);
     const auto send = [&] {
         const int number = next++;
         const std::lock_guard lock(arrivals.handover);

@@ -72,6 +72,7 @@ TEST(ProgressBarsTest, HandlersAreCalledOneAtATime)
     constexpr int threads = 4, updates = 5000;
     std::latch start(threads);
     std::vector<std::thread> workers;
+    workers.reserve(threads);
     for (int i = 0; i < threads; ++i)
         workers.emplace_back([&start] {
             start.arrive_and_wait();

@@ -99,6 +99,7 @@ TEST_F(TraceTest, LinesOfSeveralThreadsStandInOrder)
     constexpr int threads = 4, messages = 5000; // past the first step of growth
     ASSERT_TRUE(VQMUtility::startTrace(path("a.trace"), nullptr));
     std::vector<std::thread> workers;
+    workers.reserve(threads);
     for (int i = 0; i < threads; ++i)
         workers.emplace_back([] {
             for (int k = 0; k < messages; ++k)

@@ -3,7 +3,7 @@
 /* The log that all test modules share, C and C++ alike. NOLINTBEGIN(modernize-use-nullptr) */
 
 #ifndef _GNU_SOURCE
-#define _GNU_SOURCE /* dladdr */
+#define _GNU_SOURCE /* the C library's name; dladdr. NOLINT(bugprone-reserved-identifier) */
 #endif
 
 #include <dlfcn.h>
@@ -54,9 +54,13 @@ enum Misbehaviour
 };
 
 /* VQM_TEST_MISBEHAVES is "HOW FILE OPERATION". When the line is about that, does what HOW says or has it
- * done: a number      raises this signal hang          waits for 300 ms remove=PATH   removes this file throw
- * throws a std::exception with FILE as its text, or with "throw-int" the number 5 call-back     calls back
- * into the library, where the module has something to do so fail, delete-itself   is for the caller to do */
+ * done:
+ * - a number: raises this signal
+ * - hang: waits for 300 ms
+ * - remove=PATH: removes this file
+ * - throw: throws a std::exception with FILE as its text; with throw-int the number 5
+ * - call-back: calls back into the library, where the module has something to do so
+ * - fail, delete-itself: is for the caller to do */
 static enum Misbehaviour misbehave(const char *line)
 {
     const char *how = getenv("VQM_TEST_MISBEHAVES");

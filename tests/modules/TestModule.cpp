@@ -44,6 +44,7 @@ class TestModule : public Orvia::VQMPlugInDllModuleInterface
 {
 public:
     explicit TestModule(int id) : m_id(id) {}
+    // NOLINTNEXTLINE(bugprone-exception-escape): it may have been asked to
     ~TestModule() override { moduleLog("deleted"); }
     /// An object that has deleted itself is in use again by others, as it were: the next call is seen to
     /// fail.

@@ -47,6 +47,7 @@ void result(const char *format, ...)
     char line[200];
     va_list arguments;
     va_start(arguments, format);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the analyzer does not know va_start here
     std::vsnprintf(line, sizeof line, format, arguments);
     va_end(arguments);
     writeLine(line);

@@ -39,7 +39,7 @@ std::string thrownText()
     int status = 0;
     const std::type_info *type = abi::__cxa_current_exception_type();
     char *readable = type != nullptr ? abi::__cxa_demangle(type->name(), nullptr, nullptr, &status) : nullptr;
-    const std::string name = readable != nullptr ? readable : "a foreign exception";
+    std::string name = readable != nullptr ? readable : "a foreign exception";
     std::free(readable);
     try {
         throw; // cppcheck-suppress rethrowNoCurrentException ; called by handlers alone
