@@ -9,33 +9,39 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+/// Of the library that this file becomes part of; the linker puts it there.
+extern "C" __attribute__((visibility("hidden")))
+const ElfW(Ehdr) __ehdr_start; // NOLINT(bugprone-reserved-identifier): the linker's name
+
 namespace Orvia {
 
 namespace {
 
 using Page = std::array<char, 4096>;
+using Header = ElfW(Ehdr);
+using Segment = ElfW(Phdr);
 
-#if __ELF_NATIVE_CLASS == 64
-constexpr unsigned char nativeClass = ELFCLASS64;
-#else
-constexpr unsigned char nativeClass = ELFCLASS32;
-#endif
+/// The header of a file of this process's word length and byte order, all zero for every other.
+Header headerOf(const Page &page, std::size_t length)
+{
+    Header header = {};
+    if (length < sizeof header)
+        return header;
+    std::memcpy(&header, page.data(), sizeof header);
+    const bool isAlike = std::memcmp(header.e_ident, __ehdr_start.e_ident, EI_DATA + 1) == 0;
+    return isAlike ? header : Header();
+}
 
 /// The end of what the loader will map of the file; 0 when its first page does not tell.
-std::uint64_t mappedEnd(const Page &page, std::size_t length)
+std::uint64_t mappedEnd(const Header &header, const Page &page, std::size_t length)
 {
-    ElfW(Ehdr) header;
-    if (length < sizeof header)
-        return 0;
-    std::memcpy(&header, page.data(), sizeof header);
     const std::uint64_t tableEnd =
-        std::uint64_t(header.e_phoff) + std::uint64_t(header.e_phnum) * sizeof(ElfW(Phdr));
-    if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 || header.e_ident[EI_CLASS] != nativeClass ||
-        header.e_phentsize != sizeof(ElfW(Phdr)) || header.e_phoff > length || tableEnd > length)
+        std::uint64_t(header.e_phoff) + std::uint64_t(header.e_phnum) * sizeof(Segment);
+    if (header.e_phentsize != sizeof(Segment) || header.e_phoff > length || tableEnd > length)
         return 0;
     std::uint64_t end = 0;
     for (std::size_t i = 0; i < header.e_phnum; ++i) {
-        ElfW(Phdr) segment;
+        Segment segment;
         std::memcpy(&segment, page.data() + header.e_phoff + i * sizeof segment, sizeof segment);
         if (segment.p_type != PT_LOAD)
             continue;
@@ -58,9 +64,14 @@ std::string reasonNotToLoad(const char *path)
     if (descriptor < 0)
         return std::string();
     Page page;
-    const ssize_t length = ::pread(descriptor, page.data(), page.size(), 0);
+    const ssize_t result = ::pread(descriptor, page.data(), page.size(), 0);
     ::close(descriptor);
-    const std::uint64_t needed = mappedEnd(page, length < 0 ? 0 : static_cast<std::size_t>(length));
+    const std::size_t length = result < 0 ? 0 : static_cast<std::size_t>(result);
+    const Header header = headerOf(page, length);
+    if (header.e_machine != EM_NONE && header.e_machine != __ehdr_start.e_machine)
+        return "built for another processor: ELF machine " + std::to_string(header.e_machine) + ", not " +
+               std::to_string(__ehdr_start.e_machine);
+    const std::uint64_t needed = mappedEnd(header, page, length);
     if (needed <= static_cast<std::uint64_t>(status.st_size))
         return std::string();
     return "file too short: " + std::to_string(status.st_size) + " of " + std::to_string(needed) + " bytes";

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 // Stands in for the fuzzer where inputs are only to be gone through: the arguments are folders of them, which
@@ -15,7 +14,8 @@ int replay(const std::filesystem::path &path)
 {
     std::fprintf(stderr, "%s\n", path.c_str()); // the last one is the one that failed
     std::ifstream file(path, std::ios::binary);
-    const std::string input{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::string input(std::filesystem::file_size(path), '\0');
+    file.read(input.data(), static_cast<std::streamsize>(input.size()));
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(input.data()), input.size());
     return 1;
 }
