@@ -211,6 +211,12 @@ class Plan(CheckCase):
         # LeakSanitizer itself crashes in every third run of the front panel; leaks are looked for elsewhere.
         self.compare(0, str(copy), "--offscreen", ASAN_OPTIONS="detect_leaks=0")
 
+    def test_in_words(self):
+        text = self.check(1, self.configure(*self.FILES), "--probe").output
+        for line in (r"\n    10000  plugin +plugin \(0x40\)\n", r"\n       30  plugload256 +plugin loadable \(0x100\)\n",
+                     r"\n  dropped:\n    family4\.so \(family\)\n    type2\.so \(type\)\n  groups:\n"):
+            self.assertRegex(text, line)
+
     def test_all_types(self):
         configuration = self.configure(*self.FILES)
         self.compare(1, configuration, "--offscreen")

@@ -74,6 +74,21 @@ TEST_F(TraceTest, EveryMessageIsOneLineAndStopCutsTheFile)
     EXPECT_THAT(texts, ::testing::ElementsAre("first\\nsecond\\r\\n", "", huge, "last"));
 }
 
+TEST_F(TraceTest, SpansHaveSubjectsOfAnyLength)
+{
+    ASSERT_TRUE(VQMUtility::startTrace(path("a.trace"), nullptr));
+    const std::string longName(500, 'n');
+    for (const char *subject : {"name", longName.c_str(), ""})
+        TraceSpan("test", "kind", subject).setOutcome(subject);
+    VQMUtility::stopTrace();
+    std::vector<std::string> texts;
+    for (const Line &line : parsed(contents("a.trace")))
+        texts.push_back(line.text);
+    EXPECT_THAT(texts, ::testing::ElementsAre("begin test: kind: name", "end test: name",
+                                              "begin test: kind: " + longName, "end test: " + longName,
+                                              "begin test: kind", "end test"));
+}
+
 TEST_F(TraceTest, SpansTellWhatWasThrown)
 {
     const auto thrown = [](const std::exception_ptr &exception) {

@@ -19,6 +19,7 @@ enum class Behaviour
     NullObject,
     NullName,
     NullVersion,
+    OddRecord, ///< without a name, of a version below 0
     Status5,
     Status7,
     FailsOnce,
@@ -158,6 +159,10 @@ extern "C" const Orvia::VQMModuleInfo *VQMGetModuleInfo()
     static Orvia::VQMModuleInfo info = VQM_MODULE_INFO;
     if (info.defaultId < 0)
         info.defaultId = numberOfFile();
+    if (behaviour == Behaviour::OddRecord) {
+        info.name = nullptr;
+        info.minor = -5;
+    }
     return fails || behaviour == Behaviour::NullInfo ? nullptr : &info;
 }
 

@@ -5,6 +5,7 @@ import os
 import pathlib
 import re
 import shlex
+import shutil
 import signal
 import subprocess
 import unittest
@@ -186,6 +187,7 @@ class CommandLine(LauncherCase):
         configuration = self.configure("base3")
         for said, arguments in (("-l FILE is required", []),
                                 ("Missing value after '-l'", ["-l"]),
+                                ("--check needs a configuration", ["--check", ""]),
                                 ("Unknown option 'bogus'", ["-l", configuration, "--bogus"]),
                                 ("unexpected argument 'x'", ["-l", configuration, "x"]),
                                 ("--family 0x", ["-l", configuration, "--family", "0x"]),
@@ -243,9 +245,19 @@ class Configuration(LauncherCase):
         self.assertIn("Instrument/Family: all", process.errors)
 
     def test_no_display(self):
-        for display, said in (("", "no display"), (":987", "the display cannot be reached")):
-            process = self.run_to_end(0, "-l", self.configure("base3"), *UNTIL_MODULES, DISPLAY=display)
+        for said, variables in (("no display", {"DISPLAY": ""}),
+                                ("the display cannot be reached", {"DISPLAY": ":987"}),
+                                ("the display cannot be reached", {"DISPLAY": "", "WAYLAND_DISPLAY": "absent"})):
+            process = self.run_to_end(0, "-l", self.configure("base3"), *UNTIL_MODULES, **variables)
             self.assertIn(f"{said}, running offscreen", process.errors)
+
+    def test_program_without_its_library(self):
+        alone = self.folder / "mainstartup"
+        shutil.copy(MAINSTARTUP, alone)
+        process = subprocess.run([alone, "--version"], capture_output=True, text=True, timeout=60, check=False,
+                                 env={**self.environment, "LD_LIBRARY_PATH": ""})
+        self.assertEqual(process.returncode, 3, process.stderr)
+        self.assertRegex(process.stderr, r"^mainstartup: libvqmlauncher\.so: cannot open")
 
 
 class Memory(LauncherCase):

@@ -139,6 +139,14 @@ TEST_F(ModuleDiscoveryTest, SurvivesOddNamesAndVersions)
     EXPECT_EQ(calls.of("debug")[7], "Module Interface Version: 00.00.00");
 }
 
+TEST_F(ModuleDiscoveryTest, SurvivesARecordWithoutAName)
+{
+    EXPECT_EQ(discover({"odd_record", "database"}), 0);
+    EXPECT_THAT(calls.of("debug"),
+                testing::IsSupersetOf({nameLabel, std::string("Module Version          : 03.-05.159")}));
+    EXPECT_THAT(startup.keys(), ElementsAre(4, 16));
+}
+
 TEST_F(ModuleDiscoveryTest, NumbersPlugInsInListOrderAndSortsByKey)
 {
     EXPECT_EQ(discover({"plugin", "base3", "null_object", "database", "plugin_scpi"}), 0);

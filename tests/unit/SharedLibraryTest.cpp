@@ -47,6 +47,10 @@ TEST_F(SharedLibraryTest, SaysWhyTheLoaderFailed)
         EXPECT_STREQ(library.lastError(), "no file name given");
     }
     EXPECT_FALSE(isMapped("unresolved"));
+    VQMLoadedModuleInformation module;
+    module.openLibrary("./absent.so");
+    EXPECT_FALSE(module.moduleLoaded());
+    EXPECT_THAT(module.getLastErrorText(), HasSubstr("./absent.so: cannot open shared object file"));
 }
 
 TEST_F(SharedLibraryTest, FindsSymbolsWhileOpen)
