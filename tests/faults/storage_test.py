@@ -32,8 +32,8 @@ class Disk(Sandbox):
             folder.mkdir()
         self.environment.update(DISK=str(self.disk), BEFORE=str(self.before), AFTER=str(self.after), SIZE="256k")
 
-    def run_on_disk(self, *arguments, **environment):
-        code = self.run(*arguments, wrapper=ON_FULL_DISK, **environment)
+    def run_on_disk(self, *arguments, wrapper=tuple(ON_FULL_DISK), **environment):
+        code = self.run(*arguments, wrapper=list(wrapper), **environment)
         if code in (1, 97) and not self.errors.count("mainstartup:"):
             raise Skipped("no file system can be mounted")
         check(code != 98, "what the disk holds cannot be looked at")
@@ -74,7 +74,7 @@ def trace_that_fills_the_disk():
         box.environment["SIZE"] = "1600k"
         box.trace_file = box.disk / "trace"
         wrapper = [word.replace("dd if=", ": dd if=").replace("rm ", "rm -f ") for word in ON_FULL_DISK]
-        code = box.run("--headless", *UNTIL_COMPLETE, wrapper=wrapper)
+        code = box.run_on_disk("--headless", *UNTIL_COMPLETE, wrapper=wrapper)
         check(code == 0, f"ended with {code}\n{box.errors[:3000]}")
         box.says(rf"trace {box.disk}/trace: No space left on device; tracing ends here$")
         box.says("shut down in order")
