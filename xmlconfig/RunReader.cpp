@@ -10,14 +10,22 @@ namespace Orvia {
 
 namespace {
 
+/// The document is read whole: a source that reads piece by piece takes bytes that are no text for others
+/// where two pieces meet.
 bool parse(CUtilXmlEvntHdlr *reader, QFile *file)
 {
-    if (file->size() > maxDocumentSize) {
+    qint64 size = file->size(); // 0 of a pipe, which may have no end
+    QXmlInputSource source;
+    if (size <= maxDocumentSize) {
+        const QByteArray document = file->read(size > 0 ? size : maxDocumentSize + 1);
+        size = document.size();
+        source.setData(document);
+    }
+    if (size > maxDocumentSize) {
         const QString tooLong = QStringLiteral("the document has %1 bytes, %2 at most are read");
-        reader->fatalError(QXmlParseException(tooLong.arg(file->size()).arg(maxDocumentSize), 1, 1));
+        reader->fatalError(QXmlParseException(tooLong.arg(size).arg(maxDocumentSize), 1, 1));
         return false;
     }
-    const QXmlInputSource source(file);
     return reader->parse(&source);
 }
 
