@@ -28,11 +28,15 @@ def wall_time(command, **options):
 
 
 def instructions(command, folder):
-    """What the program's own process executes, as callgrind counts it."""
+    """What the program's own process executes, as callgrind counts it: (all, those of them within the loader)."""
     name = folder / "callgrind.out"
     run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={name}", *command])
-    text = name.read_text()
-    return int(re.search(r"^(?:totals|summary): (\d+)", text, re.M)[1])
+    table = run(["callgrind_annotate", "--inclusive=yes", "--threshold=100", name])
+    loader = re.findall(r"^ *([\d,]+) .*:dl(?:open|close|sym)(?:@@[\w.]+)? ", table, re.M)
+    if not loader:
+        raise Failed("callgrind does not know the loader's functions")
+    total = re.search(r"^(?:totals|summary): (\d+)", name.read_text(), re.M)[1]
+    return int(total), sum(int(number.replace(",", "")) for number in loader)
 
 
 def heap(command, folder):
