@@ -24,6 +24,11 @@ TEST_F(PropertiesTest, ReadsTextsAsTheyStandInTheFile)
     EXPECT_EQ(get("Ports", "utf"), QString(QChar(0xb5)) + "W");
     EXPECT_EQ(get("Ports", "empty"), "");
     EXPECT_EQ(get("ports", "empty"), "(unset)");
+    bool found = false;
+    EXPECT_EQ(VQMProperties::getStringProperty("Ports", "empty", "default", 0, &found), "");
+    EXPECT_TRUE(found);
+    EXPECT_EQ(VQMProperties::getStringProperty("Ports", "absent", "default", 0, &found), "default");
+    EXPECT_FALSE(found);
     EXPECT_EQ(VQMProperties::getIntegerProperty("Ports", "scpi", 7, 0), 16);
     EXPECT_EQ(VQMProperties::getIntegerProperty("Ports", "plain", 7, 0), 10);
     const auto readBad = [] { EXPECT_EQ(VQMProperties::getIntegerProperty("Ports", "bad", 7, 0), 7); };

@@ -25,6 +25,13 @@ TEST_F(UtilityTest, AvailableMemoryIsTheKernelsFigure)
     EXPECT_LT(std::abs(VQMUtility::determineAvailableVirtualMemoryMb() - expected), expected / 4);
 }
 
+TEST_F(UtilityTest, StartUpIsCompleteOnceItHasBeenSaid)
+{
+    EXPECT_FALSE(VQMUtility::isStartupComplete());
+    VQMUtility::setStartupComplete(-1);
+    EXPECT_TRUE(VQMUtility::isStartupComplete());
+}
+
 TEST_F(UtilityTest, BuildStringKeepsEmptyPiecesUpToTheLastOne)
 {
     const QString none;
