@@ -144,8 +144,9 @@ protected:
         ::close(descriptor);
         return std::count_if(pages.begin(), pages.end(), [](unsigned char page) { return (page & 1) != 0; });
     }
-    /// A read-ahead of a list that names `uncached`, which is in the page cache again at once now and then: some
-    /// kernels fetch what a reader that will not wait has asked for. Null when the file system cannot tell.
+    /// A read-ahead of a list that names `uncached`, which is in the page cache again at once now and then:
+    /// some kernels fetch what a reader that will not wait has asked for. Null when the file system cannot
+    /// tell.
     static std::unique_ptr<LibraryReadAhead> readAheadOf(const std::vector<std::string> &files,
                                                          const std::string &uncached)
     {
