@@ -9,8 +9,8 @@
 
 #include <QDir>
 
-#include <charconv>
-#include <iterator>
+#include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <utility>
@@ -24,16 +24,14 @@ std::string versionText(int major, int minor, int build)
 {
     std::string text;
     for (const int number : {major, minor, build}) {
-        char digits[16];
-        const unsigned size = number < 0 ? 0U - static_cast<unsigned>(number) : static_cast<unsigned>(number);
-        char *const end = std::to_chars(std::begin(digits), std::end(digits), size).ptr;
+        const std::string digits = std::to_string(std::abs(std::int64_t(number)));
         if (!text.empty())
             text += '.';
         if (number < 0)
             text += '-';
-        if (size < 10)
+        if (digits.size() < 2)
             text += '0';
-        text.append(std::begin(digits), end);
+        text += digits;
     }
     return text;
 }
