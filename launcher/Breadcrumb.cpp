@@ -45,8 +45,7 @@ QString understood(const QByteArray &mark)
 
 Breadcrumb::~Breadcrumb()
 {
-    if (m_descriptor >= 0)
-        ::close(m_descriptor);
+    close();
 }
 
 std::optional<QString> Breadcrumb::open(const QString &fileName, QString *error)
@@ -57,20 +56,23 @@ std::optional<QString> Breadcrumb::open(const QString &fileName, QString *error)
     struct stat status = {};
     if (m_descriptor < 0 || ::fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
         *error = fileName + ": " + (m_descriptor < 0 ? qt_error_string(errno) : QString("no regular file"));
-        if (m_descriptor >= 0)
-            ::close(m_descriptor);
-        m_descriptor = -1;
+        close();
         return std::nullopt;
     }
-    std::array<char, markLength> left;
+    std::array<char, markLength + 1> left;
     const ssize_t length = ::pread(m_descriptor, left.data(), left.size(), 0);
     if (length <= 0)
         return std::nullopt;
+    const QByteArray mark(left.data(), length);
+    const QString text = length == ssize_t(markLength) ? understood(mark) : QString();
+    const bool isVoid = mark.count('\0') == length; // what the loss of power can make of a mark
+    if (text.isEmpty() && !isVoid) {
+        *error = fileName + ": holds something else and is left as it is";
+        close();
+        return std::nullopt;
+    }
     clear();
-    const QString text = understood(QByteArray(left.data(), length));
-    if (text.isEmpty())
-        *error = fileName + ": not understood, begun anew";
-    return text.isEmpty() ? std::nullopt : std::optional(text);
+    return isVoid ? std::nullopt : std::optional(text);
 }
 
 void Breadcrumb::mark(std::string_view text)
@@ -90,6 +92,13 @@ void Breadcrumb::clear()
 {
     if (m_descriptor >= 0) [[maybe_unused]]
         const int result = ::ftruncate(m_descriptor, 0);
+}
+
+void Breadcrumb::close()
+{
+    if (m_descriptor >= 0)
+        ::close(m_descriptor);
+    m_descriptor = -1;
 }
 
 } // namespace Orvia

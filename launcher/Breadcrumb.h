@@ -20,8 +20,8 @@ public:
     Breadcrumb &operator=(const Breadcrumb &) = delete;
 
     /// Opens the file, made if there is none, and returns what an earlier process was in the middle of, with
-    /// the time, for a report; no value when it had come to an end. Without a file, marks go nowhere; why is
-    /// said in `error`.
+    /// the time, for a report; no value when it had come to an end. A file that holds anything else is left
+    /// alone. Without a file, marks go nowhere; why is said in `error`.
     std::optional<QString> open(const QString &fileName, QString *error);
     bool isOpen() const { return m_descriptor >= 0; }
     /// What is under way now: a text of one line, cut where it is too long.
@@ -30,6 +30,8 @@ public:
     void clear();
 
 private:
+    void close();
+
     int m_descriptor = -1;
 };
 

@@ -95,9 +95,13 @@ class Breadcrumbs(LauncherCase):
         self.assertEqual(self.said(), [])
 
     def test_file_that_is_none(self):
-        self.state.write_bytes(b"\0\xff nonsense\n" * 100)
-        process = self.run_to_end(0, "-l", self.configuration, "--offscreen", *UNTIL_COMPLETE)
-        self.assertIn(f"breadcrumb: {self.state}: not understood, begun anew", process.errors)
+        for foreign in (b"\0\xff nonsense\n" * 100, b"notes\n".ljust(512), b"1 " + b"x" * 999):
+            self.state.write_bytes(foreign)
+            process = self.run_to_end(0, "-l", self.configuration, "--offscreen", *UNTIL_COMPLETE)
+            self.assertIn(f"breadcrumb: {self.state}: holds something else and is left as it is", process.errors)
+            self.assertEqual(self.state.read_bytes(), foreign)
+        self.state.write_bytes(bytes(512))
+        self.assertEqual(self.said(), [])
         self.state.unlink()
         os.mkfifo(self.state)
         process = self.run_to_end(0, "-l", self.configuration, "--offscreen", *UNTIL_COMPLETE)
