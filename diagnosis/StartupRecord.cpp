@@ -95,7 +95,7 @@ bool StartupRecord::takeDiscoveryLine(std::string_view text, Thread *speaker)
         if (isHead)
             setName(speaker->discovered, value);
         else
-            setId(speaker->discovered, wholeNumber(value));
+            module->id = wholeNumber(value);
         if (isFoot && module->outcome == Outcome::NeverReached)
             module->outcome = Outcome::Created;
         return true;

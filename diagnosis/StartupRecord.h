@@ -147,7 +147,6 @@ private:
     bool keeps(Operation operation) const;
     int addModule(std::string_view path);
     void setName(int module, std::string_view name);
-    void setId(int module, std::optional<int> id);
     int moduleToOpen(std::string_view path);
     int moduleToClose(std::string_view path) const;
     int moduleToTerminate(std::string_view name) const;
@@ -157,11 +156,9 @@ private:
     std::vector<Thread> m_threads;
     std::deque<Span> m_spans;
     std::deque<Module> m_modules;
-    // Entries stay when a module's name or id turns out to be another. Those of one key are in order of
-    // m_modules.
+    // Entries stay when a module's name turns out to be another. Those of one key are in order of m_modules.
     std::multimap<std::string_view, int> m_modulesByPath; ///< keys are the modules' own
     std::multimap<std::string, int, std::less<>> m_modulesByName;
-    std::map<std::string, int, std::less<>> m_modulesByLabel; ///< "ID NAME"
     std::vector<Stage> m_stages;
     std::vector<std::string> m_missingModules;
     std::vector<std::string> m_configurationErrors;

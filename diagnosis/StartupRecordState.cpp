@@ -123,13 +123,6 @@ void StartupRecord::setName(int module, std::string_view name)
     m_modulesByName.emplace(name, module);
 }
 
-void StartupRecord::setId(int module, std::optional<int> id)
-{
-    m_modules[module].id = id;
-    if (id)
-        m_modulesByLabel.emplace(std::to_string(*id) + ' ' + m_modules[module].name, module);
-}
-
 /// The first of this path that is still to be opened; one that was not listed is added.
 int StartupRecord::moduleToOpen(std::string_view path)
 {
@@ -169,12 +162,15 @@ int StartupRecord::moduleToTerminate(std::string_view name) const
 /// were at discovery, and from then on of both.
 int StartupRecord::moduleOf(std::string_view label)
 {
-    if (const auto match = m_modulesByLabel.find(label); match != m_modulesByLabel.end()) {
-        m_modules[match->second].isIdCertain = true;
-        return match->second;
-    }
     const std::optional<int> id = takeNumber(&label);
     const std::string_view name = trimmed(label);
+    const auto [first, last] = m_modulesByName.equal_range(name);
+    const auto known =
+        std::find_if(first, last, [&](const auto &entry) { return id && m_modules[entry.second].id == id; });
+    if (known != last) {
+        m_modules[known->second].isIdCertain = true;
+        return known->second;
+    }
     const auto find = [this](const auto &isIt) {
         const auto match = std::find_if(m_modules.begin(), m_modules.end(), [&](const Module &module) {
             return module.id && !module.isIdCertain && isIt(module);
@@ -187,7 +183,7 @@ int StartupRecord::moduleOf(std::string_view label)
     if (module >= 0) {
         m_modules[module].isIdCertain = true;
         setName(module, name);
-        setId(module, id);
+        m_modules[module].id = id;
     }
     return module;
 }
