@@ -5,21 +5,29 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 
 namespace Orvia {
 
 namespace {
 
-/// Details of what other lines tell.
-constexpr std::string_view details[] = {"Module Version ", "Module Interface Version:", "Initializing ",
-                                        "...ok."};
+constexpr std::string_view lastStageBegins = "begin stage: complete finished";
 
-/// Spans of which only a bad end counts. Of the last stage the time is told.
+/// A detail of what other lines tell.
+bool isDetail(std::string_view text)
+{
+    return text.starts_with("Module Version ") || text.starts_with("Module Interface Version:") ||
+           text.starts_with("Initializing ") || text.starts_with("...ok.");
+}
+
+/// Spans of which only a bad end counts.
 bool isPassing(std::string_view text)
 {
-    return take(&text, "begin look-up: ") ||
-           (take(&text, "begin stage: ") && !text.starts_with("complete finished"));
+    return text.starts_with("begin look-up: ") || text.starts_with("begin stage: ");
+}
+
+bool isGoodEnd(std::string_view text, std::string_view begin)
+{
+    return take(&text, "end ") && take(&begin, "begin ") && text == before(begin, ": ");
 }
 
 } // namespace
@@ -29,17 +37,26 @@ void KeptLines::keep(std::int64_t microseconds, int thread, std::string_view thr
 {
     m_lastTime = microseconds;
     const std::size_t speaker = speakerOf(thread, threadName);
-    if (m_span != none && endsLastSpan(speaker, text)) {
-        m_lines.resize(m_span);
-        m_span = none;
-        return;
+    if (m_span != none) {
+        const auto [head, begin] = lineAt(m_span);
+        if (speaker == head.speaker && isGoodEnd(text, begin)) { // and nobody has said anything within it
+            if (begin.starts_with(lastStageBegins)) {
+                m_lastStage = m_span;
+                append({microseconds, text.size(), speaker}, text);
+            } else {
+                m_lines.resize(m_span);
+            }
+            m_span = none;
+            return;
+        }
     }
-    if (std::any_of(std::begin(details), std::end(details),
-                    [text](auto detail) { return text.starts_with(detail); }))
+    if (m_lastStage != none && text.starts_with(lastStageBegins))
+        m_lines.resize(m_lastStage);
+    m_lastStage = none;
+    if (isDetail(text))
         return;
     m_span = isPassing(text) ? m_lines.size() : none;
-    const Head head = {microseconds, text.size(), speaker};
-    m_lines.append(reinterpret_cast<const char *>(&head), sizeof head).append(text);
+    append({microseconds, text.size(), speaker}, text);
 }
 
 void KeptLines::tellTo(StartupRecord *record)
@@ -47,11 +64,10 @@ void KeptLines::tellTo(StartupRecord *record)
     const auto tell = [&](std::int64_t time, const Speaker &speaker, std::string_view text) {
         record->addLine(time, speaker.thread, speaker.name, text);
     };
-    for (std::string_view rest = m_lines; !rest.empty();) {
-        Head head;
-        std::memcpy(&head, rest.data(), sizeof head);
-        tell(head.microseconds, m_speakers[head.speaker], rest.substr(sizeof head, head.length));
-        rest.remove_prefix(sizeof head + head.length);
+    for (std::size_t place = 0; place < m_lines.size();) {
+        const auto [head, text] = lineAt(place);
+        tell(head.microseconds, m_speakers[head.speaker], text);
+        place += sizeof head + head.length;
     }
     if (!m_speakers.empty())
         tell(m_lastTime, m_speakers[m_lastSpeaker], "");
@@ -72,14 +88,17 @@ std::size_t KeptLines::speakerOf(int thread, std::string_view name)
     return m_lastSpeaker;
 }
 
-/// Whether this is the good end of the span at m_span, within which nobody has said anything.
-bool KeptLines::endsLastSpan(std::size_t speaker, std::string_view text) const
+void KeptLines::append(const Head &head, std::string_view text)
+{
+    m_lines.append(reinterpret_cast<const char *>(&head), sizeof head).append(text);
+}
+
+/// The line that stands at a place, with its text.
+std::pair<KeptLines::Head, std::string_view> KeptLines::lineAt(std::size_t place) const
 {
     Head head;
-    std::memcpy(&head, m_lines.data() + m_span, sizeof head);
-    std::string_view begin(m_lines.data() + m_span + sizeof head, head.length);
-    return take(&text, "end ") && take(&begin, "begin ") && text == before(begin, ": ") &&
-           speaker == head.speaker;
+    std::memcpy(&head, m_lines.data() + place, sizeof head);
+    return {head, std::string_view(m_lines).substr(place + sizeof head, head.length)};
 }
 
 } // namespace Orvia

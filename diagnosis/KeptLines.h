@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Orvia {
@@ -38,13 +39,15 @@ private:
     static constexpr std::size_t none = std::string::npos;
 
     std::size_t speakerOf(int thread, std::string_view name);
-    bool endsLastSpan(std::size_t speaker, std::string_view text) const;
+    void append(const Head &head, std::string_view text);
+    std::pair<Head, std::string_view> lineAt(std::size_t place) const;
 
     std::string m_lines; ///< one after the other, each a Head and its text
     std::vector<Speaker> m_speakers;
     std::size_t m_lastSpeaker = 0;
     std::int64_t m_lastTime = 0;
-    std::size_t m_span = none; ///< where the last line stands, if it is the begin of a span that may go
+    std::size_t m_span = none;      ///< where the last line stands, if it is the begin of a span that may go
+    std::size_t m_lastStage = none; ///< where the last two lines stand, if they are such a span
 };
 
 } // namespace Orvia
