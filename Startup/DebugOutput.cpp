@@ -2,7 +2,6 @@
 
 #include "Startup/VQMMainStartupImplementation.h"
 #include "platform/Debug.h"
-#include "platform/JoinedText.h"
 #include "platform/VQMUtility.h"
 
 namespace Orvia {
@@ -21,9 +20,8 @@ void VQMMainStartupImplementation::suDebugMsgOut(int kind, const QString &text, 
     VQMUtility::traceMessage(text.toLatin1().constData());
 }
 
-void debugProgress(std::initializer_list<std::string_view> pieces)
+void debugProgress(const JoinedText &line)
 {
-    const JoinedText line(pieces);
     if (Debug::isActive(debugModule, progressLevel, 0))
         Debug::println(debugModule, 0, QString::fromLatin1(line.c_str()), progressLevel, 0, nullptr, -1);
     VQMUtility::traceMessage(line.c_str());

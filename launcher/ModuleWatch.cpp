@@ -12,7 +12,7 @@ ModuleWatch::ModuleWatch(VQMDllModuleInterface *module, int id, const char *name
 
 int ModuleWatch::initialize(VQMAnchorInterface *anchor, int parts)
 {
-    TraceSpan span("initialize", JoinedText({m_label, ", parts ", std::to_string(parts)}).c_str());
+    TraceSpan span("initialize", JoinedText(m_label, ", parts ", std::to_string(parts)).c_str());
     try {
         const int status = m_module->initialize(anchor, parts);
         if (status != 0)

@@ -66,7 +66,7 @@ void WatchedStartup::addLoadListFile(const QString &path)
 {
     const bool skip = isSkipped(path);
     VQMUtility::traceMessage(
-        JoinedText({skip ? "skipped: " : "listed: ", path.toLocal8Bit().constData()}).c_str());
+        JoinedText(skip ? "skipped: " : "listed: ", path.toLocal8Bit().constData()).c_str());
     if (!skip)
         VQMIntegrationStartup::addLoadListFile(path);
 }

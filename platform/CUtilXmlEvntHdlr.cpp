@@ -143,9 +143,9 @@ bool CUtilXmlEvntHdlr::isLevel(int level, const char *name) const
 CUtilXmlEvntHdlr::Handler CUtilXmlEvntHdlr::handlerOf(const QString &name, bool *known) const
 {
     const TableEntry *end = m_table + m_tableCount;
-    const TableEntry *found = std::lower_bound(
-        m_table, end, name, [](const TableEntry &entry, const QString &key) { return entry.key < key; });
-    *known = found != end && found->key == name;
+    const TableEntry *found =
+        std::find_if(m_table, end, [&](const TableEntry &entry) { return entry.key == name; });
+    *known = found != end;
     return *known ? found->handler : &CUtilXmlEvntHdlr::elemRclUnknown;
 }
 

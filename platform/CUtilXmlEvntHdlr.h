@@ -52,7 +52,7 @@ public:
     /// Elements that the table does not hold.
     virtual int elemRclUnknown(const QString &name, const QXmlAttributes &attributes, bool start);
 
-    /// The table is sorted, neither copied nor owned.
+    /// The table is neither copied nor owned.
     void setElemTbl(int count, const TableEntry *table);
     void setModuleName(const QString &name) { m_moduleName = name; }
     /// The name that syntax errors are reported with.

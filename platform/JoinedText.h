@@ -1,7 +1,6 @@
 #pragma once
 
-#include <algorithm>
-#include <initializer_list>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -11,19 +10,10 @@ namespace Orvia {
 class JoinedText
 {
 public:
-    JoinedText(std::initializer_list<std::string_view> pieces)
+    template <typename... Pieces>
+    JoinedText(const Pieces &...pieces)
     {
-        std::size_t size = 0;
-        for (const std::string_view piece : pieces)
-            size += piece.size();
-        char *end = m_buffer;
-        if (size >= sizeof m_buffer) {
-            m_long.resize(size);
-            m_text = end = m_long.data();
-        }
-        for (const std::string_view piece : pieces)
-            end = std::copy(piece.begin(), piece.end(), end);
-        *end = '\0';
+        join(std::string_view(pieces)...);
     }
     JoinedText(const JoinedText &) = delete;
     JoinedText &operator=(const JoinedText &) = delete;
@@ -31,6 +21,19 @@ public:
     const char *c_str() const { return m_text; }
 
 private:
+    template <typename... Pieces>
+    void join(Pieces... pieces)
+    {
+        char *end = m_buffer;
+        const std::size_t size = (pieces.size() + ...);
+        if (size >= sizeof m_buffer) {
+            m_long.resize(size);
+            m_text = end = m_long.data();
+        }
+        ((std::memcpy(end, pieces.data(), pieces.size()), end += pieces.size()), ...);
+        *end = '\0';
+    }
+
     char m_buffer[240];
     std::string m_long;
     const char *m_text = m_buffer;

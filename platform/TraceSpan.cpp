@@ -5,7 +5,16 @@
 
 namespace Orvia {
 
-TraceSpan::TraceSpan(const char *operation, const char *subject) : TraceSpan(operation, "", subject) {}
+TraceSpan::TraceSpan(const char *operation, const char *subject) : m_active(VQMUtility::isTracing())
+{
+    if (!m_active)
+        return;
+    m_operation = operation;
+    if (*subject == '\0')
+        VQMUtility::traceMessage(JoinedText("begin ", m_operation).c_str());
+    else
+        VQMUtility::traceMessage(JoinedText("begin ", m_operation, ": ", subject).c_str());
+}
 
 TraceSpan::TraceSpan(const char *operation, const char *kind, const char *subject)
     : m_active(VQMUtility::isTracing())
@@ -13,16 +22,20 @@ TraceSpan::TraceSpan(const char *operation, const char *kind, const char *subjec
     if (!m_active)
         return;
     m_operation = operation;
-    const char *colon = *subject == '\0' ? "" : ": ";
-    VQMUtility::traceMessage(
-        JoinedText({"begin ", m_operation, *kind == '\0' ? "" : ": ", kind, colon, subject}).c_str());
+    if (*subject == '\0')
+        VQMUtility::traceMessage(JoinedText("begin ", m_operation, ": ", kind).c_str());
+    else
+        VQMUtility::traceMessage(JoinedText("begin ", m_operation, ": ", kind, ": ", subject).c_str());
 }
 
 TraceSpan::~TraceSpan()
 {
-    if (m_active)
-        VQMUtility::traceMessage(
-            JoinedText({"end ", m_operation, m_outcome.empty() ? "" : ": ", m_outcome}).c_str());
+    if (!m_active)
+        return;
+    if (m_outcome.empty())
+        VQMUtility::traceMessage(JoinedText("end ", m_operation).c_str());
+    else
+        VQMUtility::traceMessage(JoinedText("end ", m_operation, ": ", m_outcome).c_str());
 }
 
 void TraceSpan::setOutcome(const std::string &outcome)

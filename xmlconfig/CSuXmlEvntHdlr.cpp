@@ -74,7 +74,7 @@ int CSuXmlEvntHdlr::elemRclDirectory(const QString &, const QXmlAttributes &attr
     }
     if (!incrLevel("Directory") || !hasReadableAttributes(attributes))
         return 0;
-    QString directory = attributes.value("nameLinux");
+    QString directory = attributes.value(QStringLiteral("nameLinux"));
     if (directory.isEmpty())
         return 0;
     if (!isSeparator(directory.back()))
@@ -102,8 +102,9 @@ int CSuXmlEvntHdlr::elemRclFile(const QString &, const QXmlAttributes &attribute
     }
     if (!incrLevel("File") || !hasReadableAttributes(attributes))
         return 0;
-    const QString name = attributes.value("name");
-    if (!isFitted(attributes.value("option"), name)) // first: reports unknown options of misplaced files too
+    const QString name = attributes.value(QStringLiteral("name"));
+    // Before the place is looked at: unknown options of misplaced files are reported, too.
+    if (!isFitted(attributes.value(QStringLiteral("option")), name))
         return 0;
     if (!name.isEmpty() && isLevel(-2, "ModuleLoadList") && m_startup != nullptr)
         m_startup->addLoadListFile(m_directory + withoutLeadingPath(name));
