@@ -4,6 +4,7 @@
  *                                  prints the nanoseconds
  *   bare-start whole CONFIGURATION reads the list with expat, opens, sorts by id, initializes, announces all
  *                                  stages, terminates and closes
+ *   bare-start beside LIBRARY ...  either in a process that has this library, and what it needs, open
  */
 
 #include "registry/VQMModuleC.h"
@@ -195,6 +196,14 @@ static int whole(const char *name)
 
 int main(int argc, char **argv)
 {
+    if (argc > 3 && strcmp(argv[1], "beside") == 0) {
+        if (dlopen(argv[2], RTLD_NOW | RTLD_LOCAL) == NULL) {
+            fprintf(stderr, "%s\n", dlerror());
+            return 1;
+        }
+        argc -= 2;
+        argv += 2;
+    }
     if (argc > 2 && strcmp(argv[1], "discover") == 0)
         return discover(argv + 2);
     if (argc == 3 && strcmp(argv[1], "whole") == 0)

@@ -33,6 +33,7 @@ class Bench:
     def __init__(self, build, folder, quick):
         self.programs, self.folder, self.quick = build / "bin", folder, quick
         self.patterns = {kind: build / "lib" / f"{kind}-module.so" for kind in LOOPS}
+        self.qt_loaded = ["beside", build / "lib" / "libvqmlauncher.so"]
         self.example = build / "instrument" / "instrument.xml"
         self.trace = folder / "trace.txt"
         self.lists, self.modules = {}, {}
@@ -57,6 +58,10 @@ class Bench:
         self.prepare(kind, count)
         return [self.programs / "bare-start", "whole", self.lists[kind, count]]
 
+    def bare_beside_qt(self, kind, count):
+        program, *arguments = self.bare(kind, count)
+        return [program, *self.qt_loaded, *arguments]
+
     def spans(self, operation):
         """The microseconds of all spans whose first line holds this, in the order in which they began."""
         times, open_spans = [], []
@@ -77,21 +82,24 @@ class Bench:
         return self.spans("phase: module discovery")[0] * 1e3
 
     def loop_time(self, name, kind, count):
-        program = ["bare-start", "discover"] if name == "bare loop" else ["other-loops", LOOP_NAMES[name]]
-        return int(measure.run([self.programs / program[0], program[1], *self.prepare(kind, count)]))
+        program, *arguments = {"bare loop": ["bare-start", "discover"],
+                               "bare loop beside Qt": ["bare-start", *self.qt_loaded, "discover"],
+                               }.get(name) or ["other-loops", LOOP_NAMES[name]]
+        return int(measure.run([self.programs / program, *arguments, *self.prepare(kind, count)]))
 
     def discovery(self):
         """Discovery with warm caches, against loops that do nothing else."""
         rows = []
         for kind in LOOPS:
             for count in (20,) if self.quick else (10, 100, 500, 1000, 5000):
-                names = ["bare loop", *LOOPS[kind]]
+                names = ["bare loop", "bare loop beside Qt", *LOOPS[kind]]
                 work = {name: (lambda name=name: self.loop_time(name, kind, count)) for name in names}
                 work["findModules"] = lambda: self.discovery_time(kind, count)
                 times = measure.interleaved(work, self.runs(count))
                 row = {"modules": count, "kind": kind, "bare loop us": times["bare loop"] / 1e3 / count}
                 for name in names[1:] + ["findModules"]:
                     row[f"{name}/bare"] = times[name] / times["bare loop"]
+                row["findModules/beside Qt"] = times["findModules"] / times["bare loop beside Qt"]
                 if "QPluginLoader" in times:
                     row["findModules/QPluginLoader"] = times["findModules"] / times["QPluginLoader"]
                 rows.append(row)
@@ -107,11 +115,13 @@ class Bench:
             for count in (20,) if self.quick else (100, 500, 1000):
                 times = measure.interleaved(
                     {(name, n): (lambda command=command(kind, n): measure.wall_time(command, env=ENVIRONMENT))
-                     for n in (count, 1) for name, command in (("bare", self.bare), ("start", self.start))},
+                     for n in (count, 1)
+                     for name, command in (("bare", self.bare), ("beside", self.bare_beside_qt), ("start", self.start))},
                     self.runs(count))
-                bare = times["bare", count] - times["bare", 1]
+                bare, beside, start = (times[name, count] - times[name, 1] for name in ("bare", "beside", "start"))
                 rows.append({"modules": count, "kind": kind, "bare program us": bare / 1e3 / (count - 1),
-                             "start/bare": (times["start", count] - times["start", 1]) / bare})
+                             "bare beside Qt/bare": beside / bare, "start/bare": start / bare,
+                             "start/beside Qt": start / beside})
         return rows
 
     def instructions(self):
