@@ -17,7 +17,7 @@ namespace Orvia {
 namespace {
 
 // "MILLISECONDS TEXT", the time since 1970, padded with blanks to this length and a line feed.
-constexpr std::size_t markLength = 512;
+constexpr int markLength = 512;
 
 std::int64_t now()
 {
@@ -64,8 +64,8 @@ std::optional<QString> Breadcrumb::open(const QString &fileName, QString *error)
     if (length <= 0)
         return std::nullopt;
     const QByteArray mark(left.data(), length);
-    const QString text = length == ssize_t(markLength) ? understood(mark) : QString();
-    const bool isVoid = mark.count('\0') == length; // what the loss of power can make of a mark
+    const QString text = length == markLength ? understood(mark) : QString();
+    const bool isVoid = length <= markLength && mark.count('\0') == length; // the power failed meanwhile
     if (text.isEmpty() && !isVoid) {
         *error = fileName + ": holds something else and is left as it is";
         close();

@@ -95,7 +95,7 @@ class Breadcrumbs(LauncherCase):
         self.assertEqual(self.said(), [])
 
     def test_file_that_is_none(self):
-        for foreign in (b"\0\xff nonsense\n" * 100, b"notes\n".ljust(512), b"1 " + b"x" * 999):
+        for foreign in (b"\0\xff nonsense\n" * 100, b"notes\n".ljust(512), b"1 " + b"x" * 999, bytes(513)):
             self.state.write_bytes(foreign)
             process = self.run_to_end(0, "-l", self.configuration, "--offscreen", *UNTIL_COMPLETE)
             self.assertIn(f"breadcrumb: {self.state}: holds something else and is left as it is", process.errors)
