@@ -42,6 +42,7 @@ void withQLibrary(const char *path)
 void withQPluginLoader(const char *path)
 {
     QPluginLoader loader(QString::fromLatin1(path));
+    loader.setLoadHints(loader.loadHints() | QLibrary::ResolveAllSymbolsHint);
     auto *plugin = qobject_cast<GeneratedPluginInterface *>(loader.instance());
     if (plugin == nullptr)
         fail(loader.errorString().toStdString());
